@@ -1,0 +1,87 @@
+#include "common/AtomicFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace corvel::AtomicFile {
+namespace {
+
+[[noreturn]] void fail(const std::filesystem::path& path, const char* action, int error) {
+    throw FileError("Could not " + std::string(action) + " " + path.string() + ": " + std::strerror(error));
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
+
+private:
+    int fd_;
+};
+
+}  // namespace
+
+void write(const std::filesystem::path& path, std::string_view contents) {
+    const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (ec) fail(folder, "create the folder", ec.value());
+
+    std::string temporary = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+    Descriptor fd(::mkstemp(temporary.data()));
+    if (fd.get() < 0) fail(path, "create a temporary file for", errno);
+
+    auto discard = [&](int error) {
+        ::unlink(temporary.c_str());
+        fail(path, "write", error);
+    };
+    const char* data = contents.data();
+    std::size_t left = contents.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd.get(), data, left);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            discard(errno);
+        }
+        data += written;
+        left -= static_cast<std::size_t>(written);
+    }
+    // mkstemp creates 0600; persisted files are ordinary user files.
+    ::fchmod(fd.get(), 0644);
+    if (::fsync(fd.get()) != 0) discard(errno);
+    if (::close(fd.release()) != 0) discard(errno);
+    if (::rename(temporary.c_str(), path.c_str()) != 0) discard(errno);
+}
+
+std::optional<std::string> read(const std::filesystem::path& path) {
+    Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd.get() < 0) {
+        if (errno == ENOENT) return std::nullopt;
+        fail(path, "read", errno);
+    }
+    std::string contents;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            fail(path, "read", errno);
+        }
+        if (got == 0) break;
+        contents.append(buffer, static_cast<std::size_t>(got));
+    }
+    return contents;
+}
+
+}  // namespace corvel::AtomicFile

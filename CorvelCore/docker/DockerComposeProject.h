@@ -1,0 +1,22 @@
+// A Compose project as "docker compose ls" knows it: its name, state and config files.
+#pragma once
+
+#include "common/Json.h"
+
+#include <string>
+#include <vector>
+
+namespace corvel {
+
+struct DockerComposeProject {
+    std::string name;
+    std::string status;  // such as "running(2)" or "exited(1)"
+    std::vector<std::string> configFiles;
+
+    bool operator==(const DockerComposeProject&) const = default;
+};
+
+void to_json(Json& j, const DockerComposeProject& project);
+void from_json(const Json& j, DockerComposeProject& project);
+
+}  // namespace corvel

@@ -1,0 +1,25 @@
+// One row of the engine's own disk-usage summary (Images, Containers, Local Volumes, Build
+// Cache), including what the engine itself calls reclaimable.
+#pragma once
+
+#include "common/Json.h"
+
+#include <cstdint>
+#include <string>
+
+namespace corvel {
+
+struct DockerDiskUsageLine {
+    std::string type;
+    std::int64_t total = 0;
+    std::int64_t active = 0;
+    std::int64_t sizeBytes = 0;
+    std::int64_t reclaimableBytes = 0;
+
+    bool operator==(const DockerDiskUsageLine&) const = default;
+};
+
+void to_json(Json& j, const DockerDiskUsageLine& line);
+void from_json(const Json& j, DockerDiskUsageLine& line);
+
+}  // namespace corvel

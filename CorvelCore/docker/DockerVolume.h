@@ -1,0 +1,26 @@
+// A volume of the engine, with the Compose project that created it when it was one.
+#pragma once
+
+#include "common/Json.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace corvel {
+
+struct DockerVolume {
+    std::string name;
+    std::string driver;
+    std::optional<std::string> composeProject;
+    std::optional<std::int64_t> sizeBytes;
+    std::optional<std::int64_t> links;  // containers using it
+    bool isAnonymous = false;
+
+    bool operator==(const DockerVolume&) const = default;
+};
+
+void to_json(Json& j, const DockerVolume& volume);
+void from_json(const Json& j, DockerVolume& volume);
+
+}  // namespace corvel

@@ -1,0 +1,652 @@
+#include "space/SpaceCatalog.h"
+
+#include "common/Text.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+namespace corvel {
+
+namespace {
+
+// Every fixed verdict the catalogue can give. A verdict stores the rule's number, so this list and
+// the table built in fixedRules() must stay in the same order.
+enum class Rule : std::uint16_t {
+    unknown,
+    // Folder names, wherever they lie.
+    nodeModules,
+    virtualEnvironment,
+    buildOutput,
+    frameworkBuildCache,
+    pythonCache,
+    gitRepository,
+    // The home folder.
+    homeFolder,
+    homeTrash,
+    homeCredentials,
+    homePersonal,
+    homeDownloads,
+    homeNpm,
+    homeGradleCaches,
+    homeMaven,
+    homeCargoRegistry,
+    homeToolchains,
+    homeProjectDirectory,
+    // The home folder's Library.
+    libraryFolder,
+    libraryCachesFolder,
+    libraryXcodeCache,
+    libraryHomebrewCache,
+    libraryAppCache,
+    libraryLogs,
+    libraryDockerDesktop,
+    libraryContainers,
+    libraryWhatsAppGroup,
+    libraryDockerGroup,
+    libraryOfficeGroup,
+    libraryGroupContainers,
+    libraryApplicationSupport,
+    libraryKeychains,
+    libraryPersonal,
+    libraryOther,
+    // The home folder's Library/Developer.
+    developerDerivedData,
+    developerArchives,
+    developerDeviceSupport,
+    developerCoreSimulator,
+    developerOther,
+    // Outside the home folder.
+    systemHomebrewDatabase,
+    systemApplications,
+    systemHomebrewCellar,
+    systemPackagePrefix,
+    systemPrivateTmp,
+    systemChromeClones,
+    systemSwap,
+    systemVarFolders,
+    systemPrivate,
+    systemSystem,
+    systemSimulatorRuntimes,
+    systemLibrary,
+    // Linux homes of the same kinds of data.
+    linuxCacheFolder,
+    linuxAppCache,
+    linuxPipCache,
+    linuxUvCache,
+    linuxYarnCache,
+    linuxGoBuildCache,
+    linuxCompilerCache,
+    linuxBazelCache,
+    linuxHuggingFaceCache,
+    linuxTrash,
+    linuxPodmanUser,
+    linuxDockerRootless,
+    linuxGoModules,
+    linuxDockerEngine,
+    linuxContainerd,
+    linuxPodmanSystem,
+    linuxDatabase,
+    linuxTmp,
+    linuxVarTmp,
+    linuxAptCache,
+    linuxUsrLocal,
+    linuxUsr,
+    linuxOpt,
+    count,
+};
+
+constexpr std::uint16_t index(Rule rule) { return static_cast<std::uint16_t>(rule); }
+
+// Where a verdict's owner comes from.
+enum class Owner : std::uint8_t {
+    fixed,               // the rule's own application (or none)
+    fromPath,            // a part of the path, already the final name
+    fromPathWithoutApp,  // a path component with every ".app" removed ("Xcode.app" -> "Xcode")
+};
+
+struct RuleEntry {
+    SpaceClassification classification;
+    Owner owner = Owner::fixed;
+};
+
+constexpr std::string_view appCacheRationale =
+    "Application cache. Apps rebuild caches when needed; quit the app before cleaning.";
+constexpr std::string_view trashRationale = "Items you already moved to the Trash. Emptying it is irreversible.";
+constexpr std::string_view toolchainRationale = "Installed toolchains that projects may depend on.";
+constexpr std::string_view packageCacheRationale = "Package download cache.";
+constexpr std::string_view dockerToolsHint = "Use the Docker Storage Center; reclaim space only with Docker's own tools.";
+constexpr std::string_view unknownTemporaryRationale = "Temporary working files of unknown owner; may be in use.";
+constexpr std::string_view installedAppRationale = "Installed application. Uninstall unused apps with their uninstaller.";
+
+struct KnownGroupContainer {
+    std::string_view name;
+    Rule rule;
+    SpaceCatalog::GroupContainer facts;
+};
+
+constexpr std::array<KnownGroupContainer, 3> knownGroupContainerTable{{
+    {"group.net.whatsapp.WhatsApp.shared", Rule::libraryWhatsAppGroup,
+     {"WhatsApp", CleanupRisk::red,
+      "Chat media and message database. Manage it in WhatsApp \u203A Settings \u203A Storage and Data."}},
+    {"group.com.docker", Rule::libraryDockerGroup,
+     {"Docker Desktop", CleanupRisk::red, "Docker Desktop shared settings and sockets."}},
+    {"UBF8T346G9.Office", Rule::libraryOfficeGroup, {"Microsoft Office", CleanupRisk::gray, "Office shared data."}},
+}};
+
+constexpr std::array<std::string_view, 10> databaseDirectoryTable{
+    "postgresql", "postgres", "mysql", "mariadb", "mongodb", "redis", "elasticsearch", "clickhouse", "influxdb", "couchdb",
+};
+
+const std::vector<RuleEntry>& fixedRules() {
+    static const std::vector<RuleEntry> table = [] {
+        std::vector<RuleEntry> rules(index(Rule::count));
+        std::vector<bool> defined(index(Rule::count), false);
+        auto define = [&](Rule rule, SpaceCategory category, CleanupRisk risk,
+                          std::optional<std::string_view> application, std::string_view rationale,
+                          std::optional<std::string_view> hint = std::nullopt, Owner owner = Owner::fixed) {
+            auto& entry = rules[index(rule)];
+            entry.classification.category = category;
+            entry.classification.risk = risk;
+            if (application) entry.classification.application = std::string(*application);
+            entry.classification.rationale = std::string(rationale);
+            if (hint) entry.classification.hint = std::string(*hint);
+            entry.owner = owner;
+            defined[index(rule)] = true;
+        };
+        using C = SpaceCategory;
+        using R = CleanupRisk;
+        const auto none = std::nullopt;
+        const auto fromPath = Owner::fromPath;
+
+        rules[index(Rule::unknown)].classification = SpaceClassification::unknown();
+        defined[index(Rule::unknown)] = true;
+
+        define(Rule::nodeModules, C::nodeModules, R::yellow, "npm / yarn / pnpm",
+               "Installed dependencies; reinstalled from the lockfile.", "npm ci / pnpm install");
+        define(Rule::virtualEnvironment, C::virtualEnvs, R::yellow, "Python",
+               "Virtual environment; recreated from requirements.");
+        define(Rule::buildOutput, C::builds, R::yellow, none, "Build output.");
+        define(Rule::frameworkBuildCache, C::builds, R::yellow, "JavaScript tooling", "Framework build cache.");
+        define(Rule::pythonCache, C::caches, R::green, "Python", "Bytecode/test cache.");
+        define(Rule::gitRepository, C::projects, R::red, "git", "Repository history.");
+
+        define(Rule::homeFolder, C::userData, R::red, none, "Home folder.");
+        define(Rule::homeTrash, C::trash, R::yellow, "Finder", trashRationale,
+               "Review the Trash in Finder and empty it there if nothing is needed.");
+        define(Rule::homeCredentials, C::credentials, R::red, none, "Credentials and keys.");
+        define(Rule::homePersonal, C::userData, R::red, none, "Personal files. Not removed without a confirmed backup.");
+        define(Rule::homeDownloads, C::downloads, R::gray, none, "Downloaded files of unknown importance.",
+               "Review in Finder sorted by size.");
+        define(Rule::homeNpm, C::packageManagers, R::green, "npm", packageCacheRationale, "npm cache clean --force");
+        define(Rule::homeGradleCaches, C::packageManagers, R::green, "Gradle",
+               "Dependency cache, re-downloaded on demand.");
+        define(Rule::homeMaven, C::packageManagers, R::yellow, "Maven",
+               "Local artifact repository; may contain locally installed artifacts.");
+        define(Rule::homeCargoRegistry, C::packageManagers, R::green, "Cargo", "Crate download cache.");
+        define(Rule::homeToolchains, C::packageManagers, R::yellow, none, toolchainRationale, none, fromPath);
+        define(Rule::homeProjectDirectory, C::projects, R::red, none, "Project directory.");
+
+        define(Rule::libraryFolder, C::appData, R::gray, none, "User Library.");
+        define(Rule::libraryCachesFolder, C::caches, R::yellow, none, appCacheRationale);
+        define(Rule::libraryXcodeCache, C::xcode, R::green, "Xcode", "Xcode cache, rebuilt automatically.");
+        define(Rule::libraryHomebrewCache, C::caches, R::green, "Homebrew", appCacheRationale, "brew cleanup");
+        define(Rule::libraryAppCache, C::caches, R::green, none, appCacheRationale, none, fromPath);
+        define(Rule::libraryLogs, C::logs, R::green, none, "Diagnostic logs.", none, fromPath);
+        define(Rule::libraryDockerDesktop, C::docker, R::red, "Docker Desktop",
+               "Docker Desktop VM disk image with images, containers and named volumes.", dockerToolsHint);
+        define(Rule::libraryContainers, C::appData, R::gray, none, "Sandboxed app data. Impact of removal is unknown.",
+               none, fromPath);
+        for (const auto& known : knownGroupContainerTable)
+            define(known.rule, C::appData, known.facts.risk, known.facts.application, known.facts.rationale);
+        define(Rule::libraryGroupContainers, C::appData, R::gray, none, "Data shared between apps of one vendor.", none,
+               fromPath);
+        define(Rule::libraryApplicationSupport, C::appData, R::gray, none,
+               "Application data. Impact of removal is unknown.", none, fromPath);
+        define(Rule::libraryKeychains, C::credentials, R::red, "Keychain", "Passwords and certificates.");
+        define(Rule::libraryPersonal, C::userData, R::red, none, "Personal data.", none, fromPath);
+        define(Rule::libraryOther, C::appData, R::gray, none, "User Library data.", none, fromPath);
+
+        define(Rule::developerDerivedData, C::builds, R::yellow, "Xcode",
+               "Build intermediates; Xcode rebuilds them (first build afterwards is slower).");
+        define(Rule::developerArchives, C::xcode, R::yellow, "Xcode",
+               "Archives and dSYMs needed to symbolicate crashes of shipped builds.");
+        define(Rule::developerDeviceSupport, C::xcode, R::yellow, "Xcode",
+               "Debug symbols per OS version; re-downloaded when a device connects.");
+        define(Rule::developerCoreSimulator, C::simulators, R::yellow, "Simulator",
+               "Simulator devices and caches; may contain app data under test.", "xcrun simctl delete unavailable");
+        define(Rule::developerOther, C::xcode, R::gray, "Xcode", "Developer tool data.");
+
+        define(Rule::systemHomebrewDatabase, C::databases, R::red, "Homebrew service",
+               "Database data directory managed by a Homebrew service.",
+               "Inspect with the database's own tools (e.g. psql \\l+). Never delete the data directory.");
+        define(Rule::systemApplications, C::applications, R::gray, none, installedAppRationale, none,
+               Owner::fromPathWithoutApp);
+        define(Rule::systemHomebrewCellar, C::packageManagers, R::yellow, "Homebrew", "Installed formulae and casks.",
+               "brew cleanup, brew autoremove");
+        define(Rule::systemPackagePrefix, C::packageManagers, R::gray, "Homebrew", "Package manager prefix.");
+        define(Rule::systemPrivateTmp, C::temporary, R::gray, none, unknownTemporaryRationale,
+               "macOS clears /private/tmp at restart. Check for running processes first.");
+        define(Rule::systemChromeClones, C::temporary, R::yellow, "Google Chrome",
+               "APFS clones Chrome creates for code-signing checks. They share blocks with Chrome, so removing "
+               "them frees little.",
+               "Quit and relaunch Chrome; it prunes old clones.");
+        define(Rule::systemSwap, C::system, R::red, "macOS", "Swap and sleep image, managed by macOS.");
+        define(Rule::systemVarFolders, C::system, R::gray, "macOS",
+               "Per-user temporary and cache folders managed by macOS.");
+        define(Rule::systemPrivate, C::system, R::red, "macOS", "System data.");
+        define(Rule::systemSystem, C::system, R::red, "macOS", "System data.");
+        define(Rule::systemSimulatorRuntimes, C::simulators, R::yellow, "Xcode", "Simulator runtimes.",
+               "Manage runtimes in Xcode \u203A Settings \u203A Components.");
+        define(Rule::systemLibrary, C::system, R::gray, none, "Shared system Library.");
+
+        define(Rule::linuxCacheFolder, C::caches, R::yellow, none, appCacheRationale);
+        define(Rule::linuxAppCache, C::caches, R::green, none, appCacheRationale, none, fromPath);
+        define(Rule::linuxPipCache, C::packageManagers, R::green, "pip", packageCacheRationale, "pip cache purge");
+        define(Rule::linuxUvCache, C::packageManagers, R::green, "uv", packageCacheRationale, "uv cache clean");
+        define(Rule::linuxYarnCache, C::packageManagers, R::green, "Yarn", packageCacheRationale, "yarn cache clean");
+        define(Rule::linuxGoBuildCache, C::caches, R::green, "Go", "Build cache, rebuilt on demand.", "go clean -cache");
+        define(Rule::linuxCompilerCache, C::caches, R::green, "ccache", "Compiler cache, rebuilt on demand.",
+               "ccache --clear");
+        define(Rule::linuxBazelCache, C::builds, R::yellow, "Bazel",
+               "Build outputs and caches of Bazel workspaces; the next build is slow without them.");
+        define(Rule::linuxHuggingFaceCache, C::caches, R::yellow, "Hugging Face",
+               "Downloaded models and datasets; fetched again on demand, which can take long.",
+               "huggingface-cli delete-cache");
+        define(Rule::linuxTrash, C::trash, R::yellow, "File manager", trashRationale,
+               "Review the Trash in your file manager and empty it there if nothing is needed.");
+        define(Rule::linuxPodmanUser, C::docker, R::red, "Podman",
+               "Podman images, containers and named volumes.",
+               "Reclaim space only with Podman's own tools (podman system df).");
+        define(Rule::linuxDockerRootless, C::docker, R::red, "Docker",
+               "Rootless Docker's images, containers and named volumes.", dockerToolsHint);
+        define(Rule::linuxGoModules, C::packageManagers, R::green, "Go", "Module download cache.",
+               "go clean -modcache");
+        define(Rule::linuxDockerEngine, C::docker, R::red, "Docker Engine",
+               "Docker Engine's images, containers and named volumes.", dockerToolsHint);
+        define(Rule::linuxContainerd, C::docker, R::red, "containerd",
+               "Container images and snapshots managed by containerd.", dockerToolsHint);
+        define(Rule::linuxPodmanSystem, C::docker, R::red, "Podman",
+               "Podman images, containers and named volumes.",
+               "Reclaim space only with Podman's own tools (podman system df).");
+        define(Rule::linuxDatabase, C::databases, R::red, "System service",
+               "Database data directory managed by a system service.",
+               "Inspect with the database's own tools (e.g. psql \\l+). Never delete the data directory.");
+        define(Rule::linuxTmp, C::temporary, R::gray, none, unknownTemporaryRationale,
+               "Most systems clear /tmp at restart. Check for running processes first.");
+        define(Rule::linuxVarTmp, C::temporary, R::gray, none,
+               "Temporary files kept across restarts, of unknown owner; may be in use.");
+        define(Rule::linuxAptCache, C::packageManagers, R::green, "APT",
+               "Downloaded package files, fetched again when needed.", "sudo apt-get clean");
+        define(Rule::linuxUsrLocal, C::applications, R::gray, none,
+               "Software installed outside the package manager.");
+        define(Rule::linuxUsr, C::system, R::red, "Linux", "Operating system files, managed by the package manager.");
+        define(Rule::linuxOpt, C::applications, R::gray, none, installedAppRationale, none, fromPath);
+
+        // A rule added to the list above but not to this table would classify silently wrong.
+        if (std::find(defined.begin(), defined.end(), false) != defined.end())
+            throw std::logic_error("SpaceCatalog: a rule has no verdict");
+        return rules;
+    }();
+    return table;
+}
+
+// Splits a path at "/" without allocating, skipping the empty pieces of "//" and of the ends.
+struct Components {
+    std::string_view rest;
+
+    bool next(std::string_view& component) {
+        while (!rest.empty() && rest.front() == '/') rest.remove_prefix(1);
+        if (rest.empty()) return false;
+        const auto slash = rest.find('/');
+        component = rest.substr(0, slash);
+        rest = slash == std::string_view::npos ? std::string_view{} : rest.substr(slash);
+        return true;
+    }
+
+    // The next component, or empty when there is none (a component is never empty).
+    std::string_view take() {
+        std::string_view component;
+        return next(component) ? component : std::string_view{};
+    }
+};
+
+// Whether the components of `text`, joined with "/", start with `prefix`: a plain text prefix,
+// so "opt/homebrew/var" also matches "opt/homebrew/variant".
+bool joinedStartsWith(std::string_view text, std::string_view prefix) {
+    Components components{text};
+    std::string_view component;
+    bool first = true;
+    while (!prefix.empty()) {
+        if (!components.next(component)) return false;
+        if (!first) {
+            if (prefix.front() != '/') return false;
+            prefix.remove_prefix(1);
+            if (prefix.empty()) return true;
+        }
+        first = false;
+        const auto shared = std::min(component.size(), prefix.size());
+        if (component.substr(0, shared) != prefix.substr(0, shared)) return false;
+        prefix.remove_prefix(shared);
+    }
+    return true;
+}
+
+bool startsWithIgnoringASCIICase(std::string_view text, std::string_view lowerPrefix) {
+    if (text.size() < lowerPrefix.size()) return false;
+    for (std::size_t i = 0; i < lowerPrefix.size(); ++i) {
+        char c = text[i];
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        if (c != lowerPrefix[i]) return false;
+    }
+    return true;
+}
+
+bool isDatabaseDirectory(std::string_view name) {
+    return std::any_of(databaseDirectoryTable.begin(), databaseDirectoryTable.end(),
+                       [&](std::string_view prefix) { return startsWithIgnoringASCIICase(name, prefix); });
+}
+
+template <class... Names>
+bool isAnyOf(std::string_view text, Names... names) {
+    return ((text == names) || ...);
+}
+
+// The last component, or the whole path when it has none ("/", "").
+std::string_view lastComponent(std::string_view path) {
+    auto end = path.find_last_not_of('/');
+    if (end == std::string_view::npos) return path;
+    const auto slash = path.rfind('/', end);
+    const auto start = slash == std::string_view::npos ? 0 : slash + 1;
+    return path.substr(start, end + 1 - start);
+}
+
+}  // namespace
+
+// The rule groups, tried by verdict() in a fixed order; each answers "no rule" with nullopt.
+struct SpaceCatalogRules {
+    const SpaceCatalog& catalog;
+    std::string_view path;  // as passed in: owner ranges are offsets into it
+
+    SpaceVerdict make(std::uint16_t rule, std::string_view owner = {}) const {
+        const auto& classification = catalog.rules_[rule];
+        SpaceVerdict verdict{rule, classification.category, classification.risk, 0, 0};
+        if (!owner.empty()) {
+            // Owners are always views into `path`; far-off offsets cannot occur in real paths.
+            const auto offset = static_cast<std::size_t>(owner.data() - path.data());
+            constexpr auto limit = std::numeric_limits<std::uint32_t>::max();
+            if (offset <= limit && owner.size() <= limit) {
+                verdict.applicationOffset = static_cast<std::uint32_t>(offset);
+                verdict.applicationLength = static_cast<std::uint32_t>(owner.size());
+            }
+        }
+        return verdict;
+    }
+    SpaceVerdict make(Rule rule, std::string_view owner = {}) const { return make(index(rule), owner); }
+
+    static std::optional<Rule> classifyByName(std::string_view name, bool isDirectory) {
+        if (!isDirectory) return std::nullopt;
+        if (name == "node_modules") return Rule::nodeModules;
+        if (isAnyOf(name, ".venv", "venv")) return Rule::virtualEnvironment;
+        if (isAnyOf(name, "DerivedData", ".build")) return Rule::buildOutput;
+        if (isAnyOf(name, ".next", ".nuxt", ".turbo", ".parcel-cache")) return Rule::frameworkBuildCache;
+        if (isAnyOf(name, "__pycache__", ".pytest_cache", ".mypy_cache")) return Rule::pythonCache;
+        if (name == ".git") return Rule::gitRepository;
+        return std::nullopt;
+    }
+
+    std::optional<SpaceVerdict> classifyHome(std::string_view relative) const {
+        Components components{relative};
+        const auto first = components.take();
+        if (first.empty()) return make(Rule::homeFolder);
+        if (first == ".Trash") return make(Rule::homeTrash);
+        if (isAnyOf(first, ".ssh", ".gnupg", ".aws", ".kube", ".docker")) return make(Rule::homeCredentials);
+        if (isAnyOf(first, "Documents", "Desktop", "Pictures", "Movies", "Music")) return make(Rule::homePersonal);
+        if (first == "Downloads") return make(Rule::homeDownloads);
+        if (first == ".npm") return make(Rule::homeNpm);
+        if (first == "Library") return classifyLibrary(components);
+        if (isAnyOf(first, ".rustup", ".nvm", ".pyenv", ".sdkman")) return make(Rule::homeToolchains, first);
+        if (first == ".m2") return make(Rule::homeMaven);
+
+        const auto second = components.take();
+        if (first == ".gradle" && second == "caches") return make(Rule::homeGradleCaches);
+        if (first == ".cargo" && second == "registry") return make(Rule::homeCargoRegistry);
+        if (second.empty() && isAnyOf(first, "projects", "Developer", "etl", "src", "code", "workspace"))
+            return make(Rule::homeProjectDirectory);
+        return std::nullopt;
+    }
+
+    // `components` is positioned after the home folder's "Library".
+    std::optional<SpaceVerdict> classifyLibrary(Components components) const {
+        const auto first = components.take();
+        if (first.empty()) return make(Rule::libraryFolder);
+        if (first == "Developer") return classifyDeveloper(components.rest);
+        const auto second = components.take();
+        if (first == "Caches") {
+            if (second.empty()) return make(Rule::libraryCachesFolder);
+            if (second == "com.apple.dt.Xcode") return make(Rule::libraryXcodeCache);
+            if (second == "Homebrew") return make(Rule::libraryHomebrewCache);
+            return make(Rule::libraryAppCache, SpaceCatalog::appName(second));
+        }
+        if (first == "Logs") return make(Rule::libraryLogs, SpaceCatalog::appName(second));
+        if (first == "Containers") {
+            if (second == "com.docker.docker") return make(Rule::libraryDockerDesktop);
+            return make(Rule::libraryContainers, SpaceCatalog::appName(second));
+        }
+        if (first == "Group Containers") {
+            for (const auto& known : knownGroupContainerTable)
+                if (second == known.name) return make(known.rule);
+            return make(Rule::libraryGroupContainers, SpaceCatalog::appName(second));
+        }
+        if (first == "Application Support") return make(Rule::libraryApplicationSupport, SpaceCatalog::appName(second));
+        if (first == "Keychains") return make(Rule::libraryKeychains);
+        if (isAnyOf(first, "Mail", "Messages", "Photos", "Mobile Documents", "CloudStorage"))
+            return make(Rule::libraryPersonal, first);
+        return make(Rule::libraryOther, first);
+    }
+
+    // `rest` is what follows the home folder's "Library/Developer".
+    std::optional<SpaceVerdict> classifyDeveloper(std::string_view rest) const {
+        if (joinedStartsWith(rest, "Xcode/DerivedData")) return make(Rule::developerDerivedData);
+        if (joinedStartsWith(rest, "Xcode/Archives")) return make(Rule::developerArchives);
+        if (joinedStartsWith(rest, "Xcode/iOS DeviceSupport") || joinedStartsWith(rest, "Xcode/watchOS DeviceSupport"))
+            return make(Rule::developerDeviceSupport);
+        if (joinedStartsWith(rest, "CoreSimulator")) return make(Rule::developerCoreSimulator);
+        return make(Rule::developerOther);
+    }
+
+    std::optional<SpaceVerdict> classifySystem(std::string_view normalised) const {
+        // The data volume seen through its mount point is the same data as at the root.
+        std::string_view text = normalised;
+        {
+            Components probe{normalised};
+            if (probe.take() == "System" && probe.take() == "Volumes" && probe.take() == "Data") text = probe.rest;
+        }
+        Components components{text};
+        const auto first = components.take();
+        if (first.empty()) return std::nullopt;
+
+        if (joinedStartsWith(text, "opt/homebrew/var") || joinedStartsWith(text, "usr/local/var")) {
+            Components all{text};
+            std::string_view component;
+            while (all.next(component))
+                if (isDatabaseDirectory(component)) return make(Rule::systemHomebrewDatabase);
+        }
+        if (catalog.platform_ == SpaceCatalog::Platform::linuxOS)
+            if (auto verdict = classifyLinuxSystem(text)) return verdict;
+
+        const auto second = components.take();
+        if (first == "Applications") return make(Rule::systemApplications, second);
+        if (first == "opt" &&
+            (joinedStartsWith(text, "opt/homebrew/Cellar") || joinedStartsWith(text, "opt/homebrew/Caskroom")))
+            return make(Rule::systemHomebrewCellar);
+        if (first == "opt" || first == "usr") return make(Rule::systemPackagePrefix);
+        if (first == "private") {
+            if (joinedStartsWith(text, "private/tmp")) return make(Rule::systemPrivateTmp);
+            // The name holds no "/", so it lies inside one component whether or not "//" occurs.
+            if (text.find("com.google.Chrome.code_sign_clone") != std::string_view::npos)
+                return make(Rule::systemChromeClones);
+            if (joinedStartsWith(text, "private/var/vm")) return make(Rule::systemSwap);
+            if (joinedStartsWith(text, "private/var/folders")) return make(Rule::systemVarFolders);
+            return make(Rule::systemPrivate);
+        }
+        if (first == "System") return make(Rule::systemSystem);
+        if (first == "Library") {
+            if (joinedStartsWith(text, "Library/Developer/CoreSimulator")) return make(Rule::systemSimulatorRuntimes);
+            return make(Rule::systemLibrary);
+        }
+        return std::nullopt;
+    }
+
+    std::optional<SpaceVerdict> classifyLinuxHome(std::string_view relative) const {
+        Components components{relative};
+        const auto first = components.take();
+        const auto second = components.take();
+        const auto third = components.take();
+        if (first == ".cache") {
+            if (second.empty()) return make(Rule::linuxCacheFolder);
+            if (second == "pip") return make(Rule::linuxPipCache);
+            if (second == "uv") return make(Rule::linuxUvCache);
+            if (second == "yarn") return make(Rule::linuxYarnCache);
+            if (second == "go-build") return make(Rule::linuxGoBuildCache);
+            if (second == "ccache") return make(Rule::linuxCompilerCache);
+            if (second == "bazel") return make(Rule::linuxBazelCache);
+            if (second == "huggingface") return make(Rule::linuxHuggingFaceCache);
+            return make(Rule::linuxAppCache, SpaceCatalog::appName(second));
+        }
+        if (first == ".local" && second == "share") {
+            if (third == "Trash") return make(Rule::linuxTrash);
+            if (third == "containers") return make(Rule::linuxPodmanUser);
+            if (third == "docker") return make(Rule::linuxDockerRootless);
+        }
+        if (first == "go" && second == "pkg" && third == "mod") return make(Rule::linuxGoModules);
+        // The XDG name of the folder macOS calls Movies.
+        if (first == "Videos") return make(Rule::homePersonal);
+        return std::nullopt;
+    }
+
+    // `text` is the path below the root, the macOS firmlink already removed.
+    std::optional<SpaceVerdict> classifyLinuxSystem(std::string_view text) const {
+        Components components{text};
+        const auto first = components.take();
+        const auto second = components.take();
+        const auto third = components.take();
+        if (first == "var") {
+            if (second == "lib") {
+                if (third == "docker") return make(Rule::linuxDockerEngine);
+                if (third == "containerd") return make(Rule::linuxContainerd);
+                if (third == "containers") return make(Rule::linuxPodmanSystem);
+                if (!third.empty() && isDatabaseDirectory(third)) return make(Rule::linuxDatabase);
+            }
+            if (second == "tmp") return make(Rule::linuxVarTmp);
+            if (second == "cache" && third == "apt") return make(Rule::linuxAptCache);
+            return std::nullopt;
+        }
+        if (first == "tmp") return make(Rule::linuxTmp);
+        if (first == "usr") return make(second == "local" ? Rule::linuxUsrLocal : Rule::linuxUsr);
+        // /opt/homebrew keeps its Homebrew verdicts.
+        if (first == "opt" && second != "homebrew") return make(Rule::linuxOpt, second);
+        return std::nullopt;
+    }
+};
+
+SpaceCatalog::SpaceCatalog(std::string home, std::vector<std::string> projectRoots, Platform platform)
+    : home_(std::move(home)), projectRoots_(std::move(projectRoots)), platform_(platform) {
+    if (!home_.empty() && home_.back() == '/') home_.pop_back();
+    homePrefix_ = home_ + "/";
+
+    const auto& fixed = fixedRules();
+    if (fixed.size() + projectRoots_.size() > std::numeric_limits<std::uint16_t>::max())
+        throw std::length_error("SpaceCatalog: too many project roots (" + std::to_string(projectRoots_.size()) + ")");
+    rules_.reserve(fixed.size() + projectRoots_.size());
+    for (const auto& entry : fixed) rules_.push_back(entry.classification);
+    for (const auto& root : projectRoots_) {
+        rootPrefixes_.push_back(root + "/");
+        rules_.push_back({SpaceCategory::projects, CleanupRisk::red, std::nullopt,
+                          "Project source under " + root + ". Never removed based on size.",
+                          "Use the Migration Center to verify the SSD copy before freeing internal space."});
+    }
+}
+
+SpaceVerdict SpaceCatalog::verdict(std::string_view path, bool isDirectory) const {
+    const SpaceCatalogRules rules{*this, path};
+
+    std::string_view normalised = path;
+    constexpr std::string_view firmlink = "/System/Volumes/Data/";
+    if (normalised.starts_with(firmlink)) normalised.remove_prefix(firmlink.size() - 1);
+    const auto name = lastComponent(normalised);
+
+    for (std::size_t i = 0; i < projectRoots_.size(); ++i) {
+        if (normalised != projectRoots_[i] && !normalised.starts_with(rootPrefixes_[i])) continue;
+        // Dependency and build folders inside a project keep their reviewable verdict; anything
+        // else there, even a cache or the repository, is project source.
+        const auto byName = SpaceCatalogRules::classifyByName(name, isDirectory);
+        if (byName && rules_[index(*byName)].risk == CleanupRisk::yellow) return rules.make(*byName);
+        return rules.make(static_cast<std::uint16_t>(index(Rule::count) + i));
+    }
+
+    const bool inHome = normalised == home_ || normalised.starts_with(homePrefix_);
+    if (inHome) {
+        const auto relative = normalised == home_ ? std::string_view{} : normalised.substr(homePrefix_.size());
+        if (auto verdict = rules.classifyHome(relative)) return *verdict;
+        if (platform_ == Platform::linuxOS)
+            if (auto verdict = rules.classifyLinuxHome(relative)) return *verdict;
+    }
+    if (auto verdict = rules.classifySystem(normalised)) return *verdict;
+    if (const auto byName = SpaceCatalogRules::classifyByName(name, isDirectory)) return rules.make(*byName);
+    return rules.make(Rule::unknown);
+}
+
+SpaceClassification SpaceCatalog::expand(const SpaceVerdict& verdict, std::string_view path) const {
+    if (verdict.rule >= rules_.size()) return SpaceClassification::unknown();
+    SpaceClassification classification = rules_[verdict.rule];
+    const auto owner = verdict.rule < index(Rule::count) ? fixedRules()[verdict.rule].owner : Owner::fixed;
+    if (owner == Owner::fixed || verdict.applicationLength == 0) return classification;
+    // A path other than the one classified could be shorter; never read past it.
+    if (verdict.applicationOffset > path.size() || verdict.applicationLength > path.size() - verdict.applicationOffset)
+        return classification;
+    const auto text = path.substr(verdict.applicationOffset, verdict.applicationLength);
+    classification.application = owner == Owner::fromPathWithoutApp ? replaceAll(text, ".app", "") : std::string(text);
+    return classification;
+}
+
+SpaceClassification SpaceCatalog::classify(std::string_view path, bool isDirectory) const {
+    return expand(verdict(path, isDirectory), path);
+}
+
+std::string_view SpaceCatalog::appName(std::string_view text) {
+    std::string_view first;
+    std::string_view last;
+    std::size_t pieces = 0;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        auto dot = text.find('.', start);
+        if (dot == std::string_view::npos) dot = text.size();
+        if (dot > start) {
+            const auto piece = text.substr(start, dot - start);
+            if (pieces == 0) first = piece;
+            last = piece;
+            ++pieces;
+        }
+        start = dot + 1;
+    }
+    if (pieces >= 3 && isAnyOf(first, "com", "org", "net", "io", "dev", "app", "group")) return last;
+    return text;
+}
+
+const std::array<std::string_view, 10>& SpaceCatalog::databaseDirectories() { return databaseDirectoryTable; }
+
+const std::unordered_map<std::string_view, SpaceCatalog::GroupContainer>& SpaceCatalog::knownGroupContainers() {
+    static const std::unordered_map<std::string_view, GroupContainer> map = [] {
+        std::unordered_map<std::string_view, GroupContainer> built;
+        for (const auto& known : knownGroupContainerTable) built.emplace(known.name, known.facts);
+        return built;
+    }();
+    return map;
+}
+
+SpaceCatalog::Platform SpaceCatalog::platformNamed(std::string_view name) {
+    return name == "linux" ? Platform::linuxOS : Platform::macOS;
+}
+
+}  // namespace corvel

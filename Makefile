@@ -1,0 +1,39 @@
+# Thin front door over CMake presets. `make run` and `make test` work on a fresh machine:
+# they install what is missing first.
+JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
+ARGS ?= status
+
+.PHONY: deps configure build run test test-sanitize bench format clean
+
+deps:
+	@scripts/install-deps
+
+build/debug/build.ninja: CMakeLists.txt CMakePresets.json
+	cmake --preset debug
+
+configure: deps build/debug/build.ninja
+
+build: configure
+	cmake --build --preset debug -j $(JOBS)
+
+run: build
+	./build/debug/cli/velmora $(ARGS)
+
+test: build
+	ctest --preset debug -j $(JOBS)
+
+test-sanitize: deps
+	cmake --preset asan-ubsan
+	cmake --build --preset asan-ubsan -j $(JOBS)
+	ctest --preset asan-ubsan -j $(JOBS)
+
+bench: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	bench/compare-peers.sh
+
+format:
+	find CorvelCore cli tests bench -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+
+clean:
+	rm -rf build

@@ -1,0 +1,22 @@
+// The command line: global options, the help and version conventions, and one registration
+// function per command family (each in its own cli/XxxCommands.cpp), all called from main.cpp.
+#pragma once
+
+#include "CliContext.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace corvel::cli {
+
+using CommandFamilies = std::function<void(CLI::App&, CliContext&)>;
+
+// Parses and runs one command line; returns the exit status (0 done, 1 failed, 2 bad usage).
+// Never throws: every error becomes one line on the context's error stream.
+int runCommandLine(int argc, const char* const* argv, CliContext& context, const CommandFamilies& families);
+
+// The command families.
+void registerStatusCommands(CLI::App& app, CliContext& context);
+
+}  // namespace corvel::cli

@@ -1,0 +1,63 @@
+#include "Terminal.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvel::cli {
+
+std::string Style::wrap(const char* code, std::string_view text) const {
+    if (!enabled_) return std::string(text);
+    return "\033[" + std::string(code) + "m" + std::string(text) + "\033[0m";
+}
+
+std::size_t displayWidth(std::string_view text) {
+    std::size_t width = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c == 0x1B) {  // skip an escape sequence up to its final letter
+            while (i < text.size() && !std::isalpha(static_cast<unsigned char>(text[i]))) ++i;
+            continue;
+        }
+        if ((c & 0xC0) != 0x80) ++width;
+    }
+    return width;
+}
+
+void Table::print(std::ostream& out, std::string_view indent) const {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows_) {
+        if (widths.size() < row.size()) widths.resize(row.size(), 0);
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+    }
+    for (const auto& row : rows_) {
+        std::string line(indent);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const bool last = i + 1 == row.size();
+            const auto pad = widths[i] - displayWidth(row[i]);
+            const auto align = i < alignment_.size() ? alignment_[i] : Align::left;
+            if (i) line += "  ";
+            if (align == Align::right) line.append(pad, ' ');
+            line += row[i];
+            if (align == Align::left && !last) line.append(pad, ' ');
+        }
+        while (!line.empty() && line.back() == ' ') line.pop_back();
+        out << line << '\n';
+    }
+}
+
+std::string usageBar(double fraction, int width) {
+    if (width <= 0) return {};
+    if (!std::isfinite(fraction)) fraction = 0;
+    fraction = std::clamp(fraction, 0.0, 1.0);
+    const int filled = static_cast<int>(std::lround(fraction * width));
+    std::string bar;
+    for (int i = 0; i < width; ++i) bar += i < filled ? "\u2588" : "\u2591";
+    return bar;
+}
+
+std::string percent(double fraction) {
+    if (!std::isfinite(fraction)) fraction = 0;
+    return std::to_string(static_cast<long long>(std::lround(fraction * 100))) + "%";
+}
+
+}  // namespace corvel::cli

@@ -1,0 +1,15 @@
+// velmora: the command line. Every capability of the core is reachable here first.
+#include "Commands.h"
+
+#include <iostream>
+#include <unistd.h>
+
+int main(int argc, char** argv) {
+    using namespace corvel::cli;
+    CliContext context(std::cout, std::cerr, ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1);
+    return runCommandLine(argc, argv, context, [](CLI::App& app, CliContext& ctx) {
+        // One line per command family.
+        (void)app;
+        (void)ctx;
+    });
+}

@@ -1,0 +1,49 @@
+# Helpers shared by every subsystem and test folder, so that adding an area means adding
+# one folder with a three-line CMakeLists.txt.
+
+if(APPLE)
+  set(CORVEL_PLATFORM macos)
+else()
+  set(CORVEL_PLATFORM linux)
+endif()
+
+set(CORVEL_CORE_DIR ${CMAKE_SOURCE_DIR}/CorvelCore)
+
+function(corvel_warnings target)
+  if(MSVC)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                                           -Wold-style-cast -Wcast-align -Woverloaded-virtual)
+  if(CORVEL_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
+
+# corvel_library(NAME DIR <subdir> [DEPS ...] [PLATFORM_SOURCES ...])
+# Globs CorvelCore/<subdir>/*.cpp; PLATFORM_SOURCES are relative to CorvelCore/platform/<os>/.
+function(corvel_library name)
+  cmake_parse_arguments(ARG "" "DIR" "DEPS;PLATFORM_SOURCES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CORVEL_CORE_DIR}/${ARG_DIR}/*.cpp)
+  foreach(src IN LISTS ARG_PLATFORM_SOURCES)
+    list(APPEND sources ${CORVEL_CORE_DIR}/platform/${CORVEL_PLATFORM}/${src})
+  endforeach()
+  add_library(${name} STATIC ${sources})
+  target_include_directories(${name} PUBLIC ${CORVEL_CORE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPS})
+  corvel_warnings(${name})
+endfunction()
+
+# corvel_test(NAME SOURCES ... LIBS ...): one GoogleTest executable per area, each test
+# registered with ctest on its own so a failure names the test.
+function(corvel_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main Threads::Threads)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE
+    CORVEL_FIXTURES_DIR="${CMAKE_SOURCE_DIR}/tests/fixtures"
+    CORVEL_VELMORA_BINARY="$<TARGET_FILE:velmora>")
+  corvel_warnings(${name})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+endfunction()

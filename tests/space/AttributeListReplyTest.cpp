@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "space/AttributeListReply.h"
+
+namespace corvel {
+namespace {
+
+namespace Reply = AttributeListReply;
+
+// Builds a reply the way getattrlist packs it: length, returned set, then each returned
+// attribute in order, every one padded to 4 bytes.
+class ReplyBuilder {
+public:
+    ReplyBuilder(std::uint32_t common, std::uint32_t file, std::uint32_t extended,
+                 std::uint32_t volume = 0, std::uint32_t directory = 0) {
+        put(std::uint32_t{0});  // length, filled in by bytes()
+        put(common | Reply::commonReturnedAttributes);
+        put(volume);
+        put(directory);
+        put(file);
+        put(extended);
+    }
+
+    template <class T>
+    ReplyBuilder& put(T value) {
+        const std::size_t offset = bytes_.size();
+        bytes_.resize(offset + (sizeof value + 3) / 4 * 4);
+        std::memcpy(bytes_.data() + offset, &value, sizeof value);
+        return *this;
+    }
+
+    std::vector<std::byte> bytes(std::optional<std::uint32_t> claimedLength = std::nullopt) const {
+        std::vector<std::byte> copy = bytes_;
+        const std::uint32_t length = claimedLength.value_or(static_cast<std::uint32_t>(copy.size()));
+        std::memcpy(copy.data(), &length, sizeof length);
+        copy.resize(Reply::bufferBytes);  // the caller's buffer is larger than the reply
+        return copy;
+    }
+
+private:
+    std::vector<std::byte> bytes_;
+};
+
+ReplyBuilder fullReply() {
+    ReplyBuilder reply(Reply::commonDeviceID | Reply::commonModificationTime | Reply::commonFileID,
+                       Reply::fileLinkCount | Reply::fileTotalSize | Reply::fileAllocatedSize,
+                       Reply::extendedPrivateSize);
+    reply.put(std::int32_t{16777231})
+        .put(std::int64_t{1'700'000'000})
+        .put(std::int64_t{123'456'789})
+        .put(std::uint64_t{0x1122334455667788})
+        .put(std::uint32_t{3})
+        .put(std::int64_t{10'000})
+        .put(std::int64_t{12'288})
+        .put(std::int64_t{4'096});
+    return reply;
+}
+
+TEST(AttributeListReplyDecode, ReadsEveryReturnedAttributeInOrder) {
+    const auto facts = Reply::decode(fullReply().bytes());
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->device, 16777231);
+    EXPECT_EQ(facts->fileID, 0x1122334455667788u);
+    EXPECT_EQ(facts->linkCount, 3u);
+    EXPECT_EQ(facts->modified, fileTime(1'700'000'000, 123'456'789));
+    EXPECT_EQ(facts->logicalBytes, 10'000);
+    EXPECT_EQ(facts->allocatedBytes, 12'288);
+    EXPECT_EQ(facts->exclusiveBytes, std::optional<std::int64_t>(4'096));
+}
+
+TEST(AttributeListReplyDecode, AttributesNotReturnedTakeNoSpaceAndKeepDefaults) {
+    // A folder: no file group, no private size; the file id must still be found right after
+    // the device id.
+    ReplyBuilder reply(Reply::commonDeviceID | Reply::commonFileID, 0, 0);
+    reply.put(std::int32_t{7}).put(std::uint64_t{42});
+    const auto facts = Reply::decode(reply.bytes());
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(*facts, (FileSizeFacts{7, 42, 1, std::nullopt, 0, 0, std::nullopt}));
+}
+
+TEST(AttributeListReplyDecode, AMissingPrivateSizeLeavesExclusiveAbsent) {
+    ReplyBuilder reply(Reply::commonFileID, Reply::fileTotalSize | Reply::fileAllocatedSize, 0);
+    reply.put(std::uint64_t{9}).put(std::int64_t{100}).put(std::int64_t{4096});
+    const auto facts = Reply::decode(reply.bytes());
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->fileID, 9u);
+    EXPECT_EQ(facts->logicalBytes, 100);
+    EXPECT_EQ(facts->allocatedBytes, 4096);
+    EXPECT_FALSE(facts->exclusiveBytes);
+    EXPECT_FALSE(facts->modified);
+}
+
+TEST(AttributeListReplyDecode, RejectsRepliesShorterThanTheyClaim) {
+    const ReplyBuilder reply = fullReply();
+    const std::size_t fullLength = 24 + 4 + 16 + 8 + 4 + 8 + 8 + 8;
+    EXPECT_TRUE(Reply::decode(reply.bytes(static_cast<std::uint32_t>(fullLength))));
+    EXPECT_FALSE(Reply::decode(reply.bytes(static_cast<std::uint32_t>(fullLength - 4))));
+    EXPECT_FALSE(Reply::decode(reply.bytes(20)));
+    const auto whole = reply.bytes();
+    EXPECT_FALSE(Reply::decode(std::span<const std::byte>(whole).first(fullLength - 1)));
+    EXPECT_FALSE(Reply::decode(std::span<const std::byte>(whole).first(10)));
+}
+
+TEST(AttributeListReplyDecode, RejectsAttributesThatWereNeverAskedFor) {
+    // ATTR_CMN_NAME would come with a variable-length reference we cannot size.
+    ReplyBuilder unexpectedCommon(0x00000001, 0, 0);
+    EXPECT_FALSE(Reply::decode(unexpectedCommon.bytes()));
+    ReplyBuilder unexpectedVolume(0, 0, 0, 0x1);
+    EXPECT_FALSE(Reply::decode(unexpectedVolume.bytes()));
+    ReplyBuilder unexpectedExtended(0, 0, 0x10);
+    EXPECT_FALSE(Reply::decode(unexpectedExtended.bytes()));
+}
+
+}  // namespace
+}  // namespace corvel
