@@ -1,0 +1,12 @@
+#include "platform/macos/FileManagerVolumeProvider.h"
+#include "storage/PlatformStorage.h"
+#include "storage/StorageDiscovery.h"
+
+namespace corvel::PlatformStorage {
+
+StorageSnapshot discover(CommandRunning& runner, TimePoint now) {
+    FileManagerVolumeProvider volumes;
+    return StorageDiscovery(runner, volumes).snapshot(now);
+}
+
+}  // namespace corvel::PlatformStorage
