@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "FootprintTestFolder.h"
+#include "space/DirectoryReader.h"
+#include "space/FileAttributes.h"
+
+namespace corvel {
+namespace {
+
+using DirectoryReader::Entry;
+using DirectoryReader::EntryType;
+using DirectoryReader::Failure;
+
+std::vector<Entry> sorted(std::vector<Entry> entries) {
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry& a, const Entry& b) { return a.name < b.name; });
+    return entries;
+}
+
+TEST(DirectoryReaderRead, ListsEveryEntryWithItsTypeAndWithoutDotEntries) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("file.txt", "x");
+    folder.write(".hidden", "y");
+    folder.createDirectories("sub");
+    ASSERT_EQ(symlink("file.txt", folder.path("link").c_str()), 0);
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(sorted(DirectoryReader::read(folder.root().string())),
+              (std::vector<Entry>{{".hidden", EntryType::regular},
+                                  {"file.txt", EntryType::regular},
+                                  {"link", EntryType::symlink},
+                                  {"pipe", EntryType::other},
+                                  {"sub", EntryType::directory}}));
+    EXPECT_TRUE(DirectoryReader::read(folder.path("sub")).empty());
+}
+
+TEST(DirectoryReaderRead, KeepsNameBytesSoThatChildPathsStillOpen) {
+    spacetest::FootprintTestFolder folder;
+    const std::string latin1Name = "caf\xE9.txt";  // not UTF-8
+    folder.write(latin1Name, "data");
+    const auto entries = DirectoryReader::read(folder.root().string());
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].name, latin1Name);
+    const auto facts = FileAttributes::facts(folder.path(entries[0].name));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->logicalBytes, 4);
+}
+
+TEST(DirectoryReaderRead, ReportsMissingFoldersAndFilesAsOtherFailures) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("plain.txt", "x");
+
+    try {
+        DirectoryReader::read(folder.path("missing"));
+        FAIL() << "a missing folder was listed";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure, Failure::other(ENOENT, "ignored"));
+        EXPECT_NE(std::string(failure.what()).find(folder.path("missing")), std::string::npos);
+    }
+    try {
+        DirectoryReader::read(folder.path("plain.txt"));
+        FAIL() << "a file was listed as a folder";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.kind(), Failure::Kind::other);
+        EXPECT_EQ(failure.errorNumber(), ENOTDIR);
+    }
+    EXPECT_FALSE(DirectoryReader::entries(folder.path("missing")));
+    EXPECT_TRUE(DirectoryReader::entries(folder.root().string()));
+}
+
+TEST(DirectoryReaderRead, ReportsALockedFolderAsDenied) {
+    if (geteuid() == 0) GTEST_SKIP() << "running as root: folder permissions do not stop root";
+    spacetest::FootprintTestFolder folder;
+    folder.createDirectories("locked");
+    ASSERT_EQ(chmod(folder.path("locked").c_str(), 0), 0);
+    try {
+        DirectoryReader::read(folder.path("locked"));
+        FAIL() << "a locked folder was listed";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.kind(), Failure::Kind::accessDenied);
+    }
+}
+
+TEST(DirectoryReaderEntryType, MapsTheEntryTypeByteAndLeavesUnknownAsOther) {
+    EXPECT_EQ(DirectoryReader::entryType(DT_DIR), EntryType::directory);
+    EXPECT_EQ(DirectoryReader::entryType(DT_REG), EntryType::regular);
+    EXPECT_EQ(DirectoryReader::entryType(DT_LNK), EntryType::symlink);
+    EXPECT_EQ(DirectoryReader::entryType(DT_UNKNOWN), EntryType::other);
+    EXPECT_EQ(DirectoryReader::entryType(DT_SOCK), EntryType::other);
+}
+
+TEST(DirectoryReaderRepairedUTF8, KeepsValidTextAndReplacesEachBadByte) {
+    const std::string replacement = "\xEF\xBF\xBD";
+    EXPECT_EQ(DirectoryReader::repairedUTF8("plain"), "plain");
+    EXPECT_EQ(DirectoryReader::repairedUTF8("Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x93\x81"),
+              "Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x93\x81");
+    EXPECT_EQ(DirectoryReader::repairedUTF8("caf\xE9"), "caf" + replacement);
+    EXPECT_EQ(DirectoryReader::repairedUTF8("\xE2\x82"), replacement + replacement);  // cut short
+    EXPECT_EQ(DirectoryReader::repairedUTF8("\xC0\x80"), replacement + replacement);  // overlong
+    EXPECT_EQ(DirectoryReader::repairedUTF8("\xED\xA0\x80"),  // a surrogate half
+              replacement + replacement + replacement);
+    EXPECT_EQ(DirectoryReader::repairedUTF8("\xF4\x90\x80\x80x"),  // above U+10FFFF
+              replacement + replacement + replacement + replacement + "x");
+}
+
+}  // namespace
+}  // namespace corvel

@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "FakeFileSystem.h"
+#include "FootprintTestFolder.h"
+#include "space/DirectorySizer.h"
+
+namespace corvel {
+namespace {
+
+using spacetest::FakeFileSystem;
+
+const TimePoint now = fileTime(1'800'000'000, 0);
+
+std::int64_t allocatedOnDisk(const std::string& path) {
+    struct stat result {};
+    if (lstat(path.c_str(), &result) != 0) return -1;
+    return static_cast<std::int64_t>(result.st_blocks) * 512;
+}
+
+TEST(DirectorySizerOnDisk, NothingAtTheLocationGivesNoMeasurementRatherThanZero) {
+    spacetest::FootprintTestFolder folder;
+    EXPECT_FALSE(DirectorySizer::measure(folder.path("Android/Sdk"), now, nullptr));
+    ASSERT_EQ(symlink("missing-target", folder.path("dangling").c_str()), 0);
+    EXPECT_FALSE(DirectorySizer::measure(folder.path("dangling"), now, nullptr));
+}
+
+TEST(DirectorySizerOnDisk, ASingleFileIsOneFileOfItsAllocatedSize) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("cache.db", std::string(50'000, 'c'));
+    const auto measurement = DirectorySizer::measure(folder.path("cache.db"), now, nullptr);
+    ASSERT_TRUE(measurement);
+    EXPECT_EQ(*measurement,
+              (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false}));
+    EXPECT_GE(measurement->allocatedBytes, 50'000);
+}
+
+TEST(DirectorySizerOnDisk, SumsRegularFilesIncludingHiddenOnesWithoutFollowingLinks) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("outside/huge.bin", std::string(400'000, 'h'));
+    folder.write("cache/a.bin", std::string(10'000, 'a'));
+    folder.write("cache/.hidden/b.bin", std::string(20'000, 'b'));
+    folder.write("cache/deep/er/c.bin", "c");
+    ASSERT_EQ(symlink(folder.path("outside").c_str(), folder.path("cache/link-dir").c_str()), 0);
+    ASSERT_EQ(symlink(folder.path("outside/huge.bin").c_str(), folder.path("cache/link").c_str()),
+              0);
+    const auto measurement = DirectorySizer::measure(folder.path("cache"), now, nullptr);
+    ASSERT_TRUE(measurement);
+    EXPECT_EQ(measurement->fileCount, 3);
+    EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("cache/a.bin")) +
+                                               allocatedOnDisk(folder.path("cache/.hidden/b.bin")) +
+                                               allocatedOnDisk(folder.path("cache/deep/er/c.bin")));
+    EXPECT_EQ(measurement->measuredAt, now);
+    EXPECT_FALSE(measurement->wasCancelled);
+}
+
+TEST(DirectorySizerOnDisk, ALocationThatIsALinkIsMeasuredAtItsTarget) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("elsewhere/pkg/a.bin", std::string(8'000, 'a'));
+    ASSERT_EQ(symlink("elsewhere", folder.path(".npm").c_str()), 0);
+    const auto measurement = DirectorySizer::measure(folder.path(".npm"), now, nullptr);
+    ASSERT_TRUE(measurement);
+    EXPECT_EQ(measurement->fileCount, 1);
+    EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("elsewhere/pkg/a.bin")));
+}
+
+TEST(DirectorySizerWalk, AnUnreadableSubfolderDoesNotStopTheSurvey) {
+    FakeFileSystem files;
+    files.directory("/cache")
+        .deniedDirectory("/cache/locked")
+        .file("/cache/locked/x", 10, {{0, 9}})
+        .file("/cache/z-after", 100, {{100, 199}});
+    const auto measurement = DirectorySizer::measure("/cache", now, nullptr, files);
+    ASSERT_TRUE(measurement);
+    EXPECT_EQ(measurement->fileCount, 1);
+    EXPECT_EQ(measurement->allocatedBytes, 100);
+}
+
+TEST(DirectorySizerWalk, CountsEveryCloneInFullAndStaysOnTheLocationsDevice) {
+    FakeFileSystem files;
+    files.directory("/cache")
+        .file("/cache/a", 100, {{0, 99}}, 0)
+        .file("/cache/a-clone", 100, {{0, 99}}, 0)
+        .directory("/cache/mounted", 7)
+        .file("/cache/mounted/big", 1000, {{500, 1499}});
+    const auto measurement = DirectorySizer::measure("/cache", now, nullptr, files);
+    ASSERT_TRUE(measurement);
+    EXPECT_EQ(*measurement, (DirectoryMeasurement{200, 2, now, false}));
+}
+
+TEST(DirectorySizerWalk, CancellingDuringALargeFolderReturnsPartialTotals) {
+    FakeFileSystem files;
+    files.directory("/cache");
+    constexpr int fileCount = 5'000;
+    for (int i = 0; i < fileCount; ++i) files.file("/cache/f" + std::to_string(i), 10, {{0, 9}});
+    int polls = 0;
+    // The first poll comes before the folder is read; the next ones while its files are counted.
+    const auto measurement =
+        DirectorySizer::measure("/cache", now, [&] { return ++polls == 3; }, files);
+    ASSERT_TRUE(measurement);
+    EXPECT_TRUE(measurement->wasCancelled);
+    EXPECT_EQ(measurement->fileCount, 2 * DirectorySizer::cancellationPollInterval);
+    EXPECT_EQ(measurement->allocatedBytes, measurement->fileCount * 10);
+    EXPECT_EQ(measurement->measuredAt, now);
+}
+
+TEST(DirectorySizerJson, EncodesTheMeasurementWithFieldNames) {
+    const DirectoryMeasurement measurement{4096, 3, now, true};
+    const Json json = measurement;
+    EXPECT_EQ(json.dump(),
+              R"({"allocatedBytes":4096,"fileCount":3,"measuredAt":"2027-01-15T08:00:00Z","wasCancelled":true})");
+    EXPECT_EQ(json.get<DirectoryMeasurement>(), measurement);
+}
+
+}  // namespace
+}  // namespace corvel

@@ -1,0 +1,82 @@
+// The live platform layer on the machine the tests run on.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "FootprintTestFolder.h"
+#include "space/BlockSharing.h"
+#include "space/FileAttributes.h"
+
+namespace corvel {
+namespace {
+
+TEST(FileAttributesFacts, MatchesWhatLstatSaysAboutTheFile) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("data.bin", std::string(70'000, 'd'));
+    ASSERT_EQ(link(folder.path("data.bin").c_str(), folder.path("second-name").c_str()), 0);
+    struct stat expected {};
+    ASSERT_EQ(lstat(folder.path("data.bin").c_str(), &expected), 0);
+
+    const auto facts = FileAttributes::facts(folder.path("data.bin"));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->fileID, expected.st_ino);
+    EXPECT_EQ(facts->linkCount, 2u);
+    EXPECT_EQ(facts->logicalBytes, 70'000);
+    EXPECT_EQ(facts->allocatedBytes, static_cast<std::int64_t>(expected.st_blocks) * 512);
+    EXPECT_EQ(facts->modified, fileTime(expected.st_mtim.tv_sec, expected.st_mtim.tv_nsec));
+    ASSERT_TRUE(facts->exclusiveBytes);
+    EXPECT_LE(*facts->exclusiveBytes, facts->allocatedBytes);
+    EXPECT_GE(*facts->exclusiveBytes, 70'000 - 4096);
+
+    const auto status = FileAttributes::status(folder.path("data.bin"));
+    ASSERT_TRUE(status);
+    EXPECT_EQ(status->device, facts->device);
+    EXPECT_EQ(status->type, DirectoryReader::EntryType::regular);
+    EXPECT_EQ(status->allocatedBytes, facts->allocatedBytes);
+}
+
+TEST(FileAttributesFacts, DoesNotFollowAFinalSymbolicLink) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("target.bin", std::string(100'000, 't'));
+    ASSERT_EQ(symlink("target.bin", folder.path("link").c_str()), 0);
+    const auto facts = FileAttributes::facts(folder.path("link"));
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->logicalBytes, 10);  // the length of "target.bin"
+    EXPECT_EQ(FileAttributes::status(folder.path("link"))->type,
+              DirectoryReader::EntryType::symlink);
+    EXPECT_FALSE(FileAttributes::physicalExtents(folder.path("link"), 10));
+}
+
+TEST(FileAttributesFacts, AMissingPathHasNoFacts) {
+    spacetest::FootprintTestFolder folder;
+    EXPECT_FALSE(FileAttributes::facts(folder.path("missing")));
+    EXPECT_FALSE(FileAttributes::status(folder.path("missing")));
+    EXPECT_FALSE(FileAttributes::physicalExtents(folder.path("missing"), 100));
+}
+
+TEST(FileAttributesExtents, AnEmptyFileHasNoExtentsAndWrittenDataHasItsOwn) {
+    spacetest::FootprintTestFolder folder;
+    folder.write("empty", "");
+    EXPECT_EQ(FileAttributes::physicalExtents(folder.path("empty"), 0),
+              std::optional<std::vector<ExtentRange>>(std::vector<ExtentRange>{}));
+
+    folder.write("data.bin", std::string(256 * 1024, 'x'));
+    const auto ranges = FileAttributes::physicalExtents(folder.path("data.bin"), 256 * 1024);
+    if (!ranges) GTEST_SKIP() << "this file system does not report extents";
+    ExtentUnion extents;
+    extents.add(*ranges);
+    EXPECT_EQ(extents.bytes(), 256 * 1024);
+}
+
+TEST(BlockSharingTable, KnowsWhichFileSystemsCanShareBlocks) {
+    EXPECT_TRUE(BlockSharing::canShareBlocks(0x58465342));   // XFS
+    EXPECT_TRUE(BlockSharing::canShareBlocks(0x9123683E));   // btrfs
+    EXPECT_TRUE(BlockSharing::canShareBlocks(0xCA451A4E));   // bcachefs
+    EXPECT_FALSE(BlockSharing::canShareBlocks(0xEF53));      // ext2/3/4
+    EXPECT_FALSE(BlockSharing::canShareBlocks(0x01021994));  // tmpfs
+    EXPECT_FALSE(BlockSharing::canShareBlocks(0));
+}
+
+}  // namespace
+}  // namespace corvel

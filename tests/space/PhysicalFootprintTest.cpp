@@ -1,0 +1,281 @@
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "FakeFileSystem.h"
+#include "FootprintTestFolder.h"
+#include "space/FileAttributes.h"
+#include "space/PhysicalFootprint.h"
+
+namespace corvel {
+namespace {
+
+using spacetest::FakeFileSystem;
+using PhysicalFootprint::Result;
+using PhysicalFootprint::Totals;
+
+Result measureFake(FakeFileSystem& files, const std::string& root,
+                   const std::set<std::string>& areas = {},
+                   const PhysicalFootprint::CancellationCheck& isCancelled = nullptr,
+                   const PhysicalFootprint::Progress& progress = nullptr) {
+    return PhysicalFootprint::measure(root, areas, progress, isCancelled, files);
+}
+
+// --- accounting over a staged file system ---------------------------------------------------
+
+TEST(PhysicalFootprintAccounting, ClonesShareTheirBlocksInUniquePhysicalBytes) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .file("/data/original", 1000, {{0, 999}}, 0)
+        .file("/data/clone", 1000, {{0, 999}}, 0)
+        .file("/data/half-clone", 1000, {{500, 999}, {5000, 5499}}, 500);
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total, (Totals{3000, 3000, 1500, 3, 0}));
+    EXPECT_FALSE(result.wasCancelled);
+    EXPECT_EQ(result.deniedDirectories, 0);
+}
+
+TEST(PhysicalFootprintAccounting, FilesThatShareNothingNeedNoExtentQuery) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .file("/data/private", 4096, {{0, 4095}}, 4096)
+        .file("/data/empty", 0, {}, 0)
+        .file("/data/clone-a", 100, {{10000, 10099}}, 0)
+        .file("/data/clone-b", 100, {{10000, 10099}}, 0);
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total.uniquePhysicalBytes, 4096 + 100);
+    EXPECT_EQ(result.total.fileCount, 4);
+    EXPECT_EQ(files.extentCalls, 2);  // only the clones
+}
+
+TEST(PhysicalFootprintAccounting, UnknownExclusiveSizeFallsBackToExtents) {
+    FakeFileSystem files;
+    files.directory("/data").file("/data/a", 10, {{0, 9}}).file("/data/b", 10, {{0, 9}});
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total, (Totals{20, 20, 10, 2, 0}));
+    EXPECT_EQ(files.extentCalls, 2);
+}
+
+TEST(PhysicalFootprintAccounting, HardLinkedInodesCountOnce) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .directory("/data/sub")
+        .file("/data/target", 700, {{0, 1023}}, 1024)
+        .hardLink("/data/sub/link", "/data/target")
+        .hardLink("/data/link2", "/data/target");
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total, (Totals{700, 1024, 1024, 1, 0}));
+}
+
+TEST(PhysicalFootprintAccounting, SymbolicLinksAreNeitherFollowedNorCounted) {
+    FakeFileSystem files;
+    files.directory("/data").directory("/elsewhere").file("/elsewhere/big", 1 << 20,
+                                                           {{0, (1 << 20) - 1}}, 1 << 20);
+    files.symlink("/data/link-to-elsewhere");
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total, Totals{});
+    EXPECT_EQ(files.factsCalls, 0);
+}
+
+TEST(PhysicalFootprintAccounting, EntriesOfUnknownTypeAreResolvedByTheirStatus) {
+    FakeFileSystem files;
+    files.directory("/data").directory("/data/sub").file("/data/sub/f", 10, {{0, 9}}, 10);
+    files.node("/data/sub").hasUnknownEntryType = true;
+    files.node("/data/sub/f").hasUnknownEntryType = true;
+    EXPECT_EQ(measureFake(files, "/data").total.fileCount, 1);
+}
+
+TEST(PhysicalFootprintAccounting, UnreadableFilesAreCountedAndSkipped) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .file("/data/no-facts", 10, {{0, 9}})
+        .file("/data/no-extents", 20, {{100, 119}})
+        .file("/data/fine", 30, {{200, 229}}, 30);
+    files.node("/data/no-facts").facts.reset();
+    files.node("/data/no-extents").extents.reset();
+    const Result result = measureFake(files, "/data", {"/data"});
+    // The file without extents still has known sizes, so it is counted; only its place on the
+    // device is unknown.
+    EXPECT_EQ(result.total, (Totals{50, 50, 30, 2, 2}));
+    EXPECT_EQ(result.areas.at("/data"), result.total);
+}
+
+// --- the walk ----------------------------------------------------------------------------------
+
+TEST(PhysicalFootprintWalk, DoesNotEnterOtherVolumesBelowTheRoot) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .directory("/data/mnt", 2)
+        .file("/data/mnt/big", 5000, {{0, 4999}}, 5000)
+        .file("/data/small", 10, {{0, 9}}, 10);
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.total.fileCount, 1);
+    EXPECT_EQ(result.total.logicalBytes, 10);
+    EXPECT_EQ(result.deniedDirectories, 0);
+}
+
+TEST(PhysicalFootprintWalk, ADeniedFolderIsCountedAndTheWalkGoesOn) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .deniedDirectory("/data/secret")
+        .file("/data/secret/hidden", 10, {{0, 9}}, 10)
+        .directory("/data/open")
+        .file("/data/open/visible", 20, {{100, 119}}, 20);
+    const Result result = measureFake(files, "/data");
+    EXPECT_EQ(result.deniedDirectories, 1);
+    EXPECT_EQ(result.total, (Totals{20, 20, 20, 1, 0}));
+}
+
+TEST(PhysicalFootprintWalk, AMissingRootIsOneUnlistableFolder) {
+    FakeFileSystem files;
+    const Result result = measureFake(files, "/nowhere");
+    EXPECT_EQ(result.deniedDirectories, 1);
+    EXPECT_EQ(result.total, Totals{});
+    EXPECT_FALSE(result.wasCancelled);
+}
+
+TEST(PhysicalFootprintWalk, WalksFromTheFileSystemRoot) {
+    FakeFileSystem files;
+    files.directory("/a").file("/a/f", 10, {{0, 9}}, 10).file("/g", 5, {{20, 24}}, 5);
+    EXPECT_EQ(measureFake(files, "/").total.fileCount, 2);
+    EXPECT_EQ(PhysicalFootprint::childPath("/", "a"), "/a");
+    EXPECT_EQ(PhysicalFootprint::childPath("/a", "b"), "/a/b");
+}
+
+TEST(PhysicalFootprintWalk, ReportsProgressEveryTenThousandFiles) {
+    FakeFileSystem files;
+    files.directory("/data");
+    for (int i = 0; i < 20'005; ++i)
+        files.file("/data/f" + std::to_string(i), 1, {{i, i}}, 1);
+    std::vector<std::int64_t> reported;
+    const Result result = measureFake(files, "/data", {}, nullptr,
+                                      [&](std::int64_t count) { reported.push_back(count); });
+    EXPECT_EQ(reported, (std::vector<std::int64_t>{10'000, 20'000}));
+    EXPECT_EQ(result.total.fileCount, 20'005);
+}
+
+// --- areas -----------------------------------------------------------------------------------
+
+TEST(PhysicalFootprintAreas, AccountsEachAreaSeparatelyAndTheInnermostWins) {
+    FakeFileSystem files;
+    files.directory("/data")
+        .file("/data/loose", 1, {{0, 0}}, 1)
+        .directory("/data/images")
+        .file("/data/images/base", 100, {{1000, 1099}}, 0)
+        .directory("/data/images/layers")
+        .file("/data/images/layers/clone", 100, {{1000, 1099}}, 0)
+        .directory("/data/volumes")
+        .file("/data/volumes/db", 50, {{5000, 5049}}, 50);
+    const Result result =
+        measureFake(files, "/data", {"/data/images", "/data/images/layers/", "/data/absent"});
+    EXPECT_EQ(result.total, (Totals{251, 251, 151, 4, 0}));
+    EXPECT_EQ(result.areas.at("/data/images"), (Totals{100, 100, 100, 1, 0}));
+    EXPECT_EQ(result.areas.at("/data/images/layers"), (Totals{100, 100, 100, 1, 0}));
+    EXPECT_EQ(result.areas.at("/data/absent"), Totals{});
+    EXPECT_EQ(result.areas.size(), 3u);
+}
+
+TEST(PhysicalFootprintAreas, TheRootCanBeAnArea) {
+    FakeFileSystem files;
+    files.directory("/data").directory("/data/sub").file("/data/sub/f", 8, {{0, 7}}, 8);
+    const Result result = measureFake(files, "/data/", {"/data"});
+    EXPECT_EQ(result.areas.at("/data"), result.total);
+    EXPECT_EQ(result.total.fileCount, 1);
+}
+
+// --- cancellation ------------------------------------------------------------------------------
+
+TEST(PhysicalFootprintCancellation, BeforeTheFirstFolderGivesZerosFlaggedCancelled) {
+    FakeFileSystem files;
+    files.directory("/data").file("/data/f", 10, {{0, 9}}, 10);
+    const Result result = measureFake(files, "/data", {"/data"}, [] { return true; });
+    EXPECT_TRUE(result.wasCancelled);
+    EXPECT_EQ(result.total, Totals{});
+    EXPECT_EQ(result.areas.at("/data"), Totals{});
+    EXPECT_EQ(files.directoryReads, 0);
+}
+
+TEST(PhysicalFootprintCancellation, NoticedAtTheLastFolderStillCounts) {
+    FakeFileSystem files;
+    files.directory("/data").file("/data/f", 10, {{0, 9}}, 10).directory("/data/last");
+    int polls = 0;
+    const Result result = measureFake(files, "/data", {}, [&] { return ++polls == 2; });
+    EXPECT_TRUE(result.wasCancelled);
+    EXPECT_EQ(result.total.fileCount, 1);  // what was measured before stays
+    EXPECT_EQ(files.directoryReads, 1);
+}
+
+TEST(PhysicalFootprintCancellation, AFinishedWalkIsNotCancelled) {
+    FakeFileSystem files;
+    files.directory("/data").directory("/data/a").directory("/data/b");
+    int polls = 0;
+    const Result result = measureFake(files, "/data", {}, [&] { return ++polls > 3; });
+    EXPECT_FALSE(result.wasCancelled);
+    EXPECT_EQ(polls, 3);
+}
+
+TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
+    Result result;
+    result.total = {1, 2, 3, 4, 5};
+    result.areas["/x"] = {6, 7, 8, 9, 10};
+    result.deniedDirectories = 2;
+    result.wasCancelled = true;
+    const Json json = result;
+    EXPECT_EQ(json.dump(),
+              R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
+              R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
+              R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
+              R"("deniedDirectories":2,"wasCancelled":true})");
+    EXPECT_EQ(json.get<Result>(), result);
+}
+
+// --- the live file system ----------------------------------------------------------------------
+
+class PhysicalFootprintOnDisk : public ::testing::Test {
+protected:
+    spacetest::FootprintTestFolder folder;
+};
+
+TEST_F(PhysicalFootprintOnDisk, HardLinksInsideTheTreeCountOnce) {
+    folder.write("a/data.bin", std::string(10'000, 'x'));
+    folder.createDirectories("b");
+    ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("b/link.bin").c_str()), 0);
+    ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("link2.bin").c_str()), 0);
+    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    EXPECT_EQ(result.total.fileCount, 1);
+    EXPECT_EQ(result.total.logicalBytes, 10'000);
+    EXPECT_EQ(result.total.unreadableFiles, 0);
+    EXPECT_GE(result.total.allocatedBytes, 10'000);
+}
+
+TEST_F(PhysicalFootprintOnDisk, ASparseFileAllocatesLessThanItsLength) {
+    folder.write("sparse.bin", "start");
+    constexpr off_t length = 64 << 20;
+    ASSERT_EQ(truncate(folder.path("sparse.bin").c_str(), length), 0);
+    folder.write("empty.bin", "");
+    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    EXPECT_EQ(result.total.fileCount, 2);
+    EXPECT_EQ(result.total.logicalBytes, length);
+    EXPECT_GT(result.total.allocatedBytes, 0);
+    EXPECT_LT(result.total.allocatedBytes, length / 16);
+    EXPECT_LE(result.total.uniquePhysicalBytes, result.total.allocatedBytes);
+}
+
+TEST_F(PhysicalFootprintOnDisk, AnUnreadableFolderCountsAsDenied) {
+    if (geteuid() == 0) GTEST_SKIP() << "running as root: folder permissions do not stop root";
+    folder.write("locked/inside.txt", "secret");
+    folder.write("open.txt", "hello");
+    ASSERT_EQ(chmod(folder.path("locked").c_str(), 0), 0);
+    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    chmod(folder.path("locked").c_str(), 0755);
+    EXPECT_EQ(result.deniedDirectories, 1);
+    EXPECT_EQ(result.total.fileCount, 1);
+}
+
+}  // namespace
+}  // namespace corvel
