@@ -70,7 +70,7 @@ TimePoint CliContext::now() {
         throw UsageError("--now: '" + options_.now + "' is not an ISO 8601 date (e.g. 2026-11-02T09:30:00Z)");
     }
     if (const auto* machine = recording()) return machine->capturedAt;
-    return std::chrono::system_clock::now();
+    return currentTime();
 }
 
 std::string CliContext::home() {

@@ -147,7 +147,7 @@ std::optional<TimePoint> parse(std::string_view text) {
     using namespace std::chrono;
     const std::int64_t days = daysFromCivil(*year, static_cast<unsigned>(*month), static_cast<unsigned>(*day));
     const std::int64_t seconds = days * 86400 + hour * 3600 + minute * 60 + second - offsetSeconds;
-    return TimePoint(duration_cast<system_clock::duration>(std::chrono::seconds(seconds) + nanoseconds(nanos)));
+    return TimePoint(microseconds(seconds * 1'000'000 + nanos / 1000));
 }
 
 }  // namespace corvel::ISO8601

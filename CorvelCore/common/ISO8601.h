@@ -13,7 +13,13 @@
 
 namespace corvel {
 
-using TimePoint = std::chrono::system_clock::time_point;
+// Microsecond precision: nanosecond time points cannot reach year 1, the "distant past" that marks
+// a snapshot taken before any discovery ran.
+using TimePoint = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+
+inline TimePoint currentTime() {
+    return std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now());
+}
 
 namespace ISO8601 {
 

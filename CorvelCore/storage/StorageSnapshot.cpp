@@ -9,7 +9,7 @@ namespace corvel {
 
 TimePoint distantPast() {
     // 0001-01-01T00:00:00Z is 62135596800 seconds before the Unix epoch.
-    return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::seconds(-62135596800LL)));
+    return TimePoint(std::chrono::seconds(-62135596800LL));
 }
 
 const StorageSnapshot& StorageSnapshot::empty() {

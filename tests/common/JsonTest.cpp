@@ -1,0 +1,51 @@
+#include "common/Json.h"
+
+#include <gtest/gtest.h>
+
+using namespace corvel;
+
+TEST(JsonHelpers, OptionalFieldsAreAbsentKeys) {
+    Json j = Json::object();
+    putOptional(j, "missing", std::optional<int>{});
+    putOptional(j, "present", std::optional<int>{7});
+    EXPECT_FALSE(j.contains("missing"));
+    EXPECT_EQ(j.at("present"), 7);
+    EXPECT_EQ(optionalValue<int>(j, "present"), 7);
+    EXPECT_EQ(optionalValue<int>(j, "missing"), std::nullopt);
+    EXPECT_EQ(optionalValue<int>(Json{{"n", nullptr}}, "n"), std::nullopt);
+    EXPECT_EQ(valueOr<int>(j, "missing", 3), 3);
+}
+
+TEST(JsonHelpers, DecodingErrorsNameTheKey) {
+    const Json j{{"size", "big"}};
+    try {
+        required<std::int64_t>(j, "size");
+        FAIL() << "wrong type accepted";
+    } catch (const DecodingError& error) {
+        EXPECT_NE(std::string(error.what()).find("'size'"), std::string::npos) << error.what();
+    }
+    try {
+        required<std::string>(j, "name");
+        FAIL() << "missing key accepted";
+    } catch (const DecodingError& error) {
+        EXPECT_EQ(std::string(error.what()), "missing key 'name'");
+    }
+    EXPECT_THROW(optionalValue<bool>(j, "size"), DecodingError);
+}
+
+TEST(JsonHelpers, ParseErrorsNameTheInput) {
+    EXPECT_EQ(parseJsonText(R"({"a": [1, 2]})", "x").at("a").size(), 2u);
+    try {
+        parseJsonText("{\"a\": ", "settings.json");
+        FAIL() << "truncated JSON accepted";
+    } catch (const DecodingError& error) {
+        EXPECT_EQ(std::string(error.what()).rfind("settings.json: not valid JSON", 0), 0u) << error.what();
+    }
+}
+
+TEST(JsonHelpers, KeysKeepTheirWrittenOrder) {
+    Json j = Json::object();
+    j["zeta"] = 1;
+    j["alpha"] = 2;
+    EXPECT_EQ(j.dump(), R"({"zeta":1,"alpha":2})");
+}

@@ -1,0 +1,46 @@
+#include "common/DataFolder.h"
+#include "common/SHA256.h"
+#include "common/Text.h"
+#include "common/UUID.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+
+using namespace corvel;
+
+TEST(SHA256, MatchesKnownDigests) {
+    EXPECT_EQ(SHA256::hex(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    EXPECT_EQ(SHA256::hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+}
+
+TEST(UUID, RandomVersionFourInCanonicalText) {
+    const std::regex shape("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
+    std::set<std::string> seen;
+    for (int i = 0; i < 50; ++i) {
+        const auto id = UUID::random();
+        EXPECT_TRUE(std::regex_match(id, shape)) << id;
+        seen.insert(id);
+    }
+    EXPECT_EQ(seen.size(), 50u);
+}
+
+TEST(Text, TrimSplitJoinReplace) {
+    EXPECT_EQ(trim(" \t value \r\n"), "value");
+    EXPECT_EQ(trim("   "), "");
+    EXPECT_EQ(split("a,,b", ','), (std::vector<std::string>{"a", "", "b"}));
+    EXPECT_EQ(join({"a", "b", "c"}, " · "), "a · b · c");
+    EXPECT_EQ(replaceAll("APPLE SSD Media Media", " Media", ""), "APPLE SSD");
+    EXPECT_EQ(toUpper("apfs"), "APFS");
+    EXPECT_EQ(toLower("About to Fail"), "about to fail");
+}
+
+TEST(DataFolder, FollowsEachPlatformsConvention) {
+    EXPECT_EQ(defaultDataFolder(HostPlatform::macos, "/Users/me", "/ignored"),
+              "/Users/me/Library/Application Support/Velmora");
+    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", std::nullopt), "/home/me/.local/share/velmora");
+    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", "/data/xdg"), "/data/xdg/velmora");
+    // A relative XDG value is invalid and ignored.
+    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", "relative"), "/home/me/.local/share/velmora");
+}

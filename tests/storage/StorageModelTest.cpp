@@ -1,0 +1,217 @@
+#include "storage/MountedVolumeRecord.h"
+#include "storage/StorageSnapshot.h"
+
+#include <gtest/gtest.h>
+
+using namespace corvel;
+
+namespace {
+
+StorageVolume volume(std::string id, std::int64_t total, std::int64_t available) {
+    StorageVolume v;
+    v.id = id;
+    v.name = id;
+    v.mountPoint = "/Volumes/" + id;
+    v.totalBytes = total;
+    v.availableBytes = available;
+    return v;
+}
+
+PhysicalDisk fullyPopulatedDisk() {
+    PhysicalDisk disk;
+    disk.id = "disk0";
+    disk.mediaName = "APPLE SSD AP1024Z Media";
+    disk.sizeBytes = 1000555581440;
+    disk.busProtocol = "Apple Fabric";
+    disk.isInternal = true;
+    disk.isSolidState = true;
+    disk.partitionScheme = "GUID_partition_scheme";
+    disk.blockSize = 4096;
+    disk.smartStatus = SMARTStatus::verified;
+    NVMeHealth health;
+    health.percentageUsed = 3;
+    health.temperatureCelsius = 36.85;
+    health.dataUnitsWritten = 1000;
+    disk.nvme = health;
+    disk.partitions = {{"disk0s1", "Apple_APFS_ISC", 524288000, std::nullopt, "A1B2"},
+                       {"disk0s2", "Apple_APFS", 994662584320, "Macintosh HD", std::nullopt}};
+    return disk;
+}
+
+}  // namespace
+
+TEST(PhysicalDisk, DisplayNameDropsTheMediaSuffix) {
+    PhysicalDisk disk;
+    disk.id = "disk4";
+    disk.mediaName = "APPLE SSD XY1024 Media";
+    EXPECT_EQ(disk.displayName(), "APPLE SSD XY1024");
+    disk.mediaName = "Media Box Media Media";  // every occurrence, case-sensitive
+    EXPECT_EQ(disk.displayName(), "Media Box");
+    disk.mediaName = "Samsung media";
+    EXPECT_EQ(disk.displayName(), "Samsung media");
+    disk.mediaName = "";
+    EXPECT_EQ(disk.displayName(), "disk4");
+}
+
+TEST(PhysicalDisk, ConnectionLabelNamesInsideOrOutsideAndTheBus) {
+    PhysicalDisk disk;
+    disk.isInternal = true;
+    EXPECT_EQ(disk.connectionLabel(), "Internal");
+    disk.isInternal = false;
+    disk.busProtocol = "";
+    EXPECT_EQ(disk.connectionLabel(), "External");
+    disk.busProtocol = "USB";
+    EXPECT_EQ(disk.connectionLabel(), "External \u00B7 USB");
+}
+
+TEST(SMARTStatus, MapsTheDiskToolsText) {
+    EXPECT_EQ(smartStatusFromDiskutil("Verified"), SMARTStatus::verified);
+    EXPECT_EQ(smartStatusFromDiskutil("About to Fail"), SMARTStatus::failing);
+    EXPECT_EQ(smartStatusFromDiskutil("Failing"), SMARTStatus::failing);
+    EXPECT_EQ(smartStatusFromDiskutil("Not Supported"), SMARTStatus::notSupported);
+    EXPECT_EQ(smartStatusFromDiskutil(" verified"), SMARTStatus::unknown);
+    EXPECT_EQ(smartStatusFromDiskutil(std::nullopt), SMARTStatus::unknown);
+    EXPECT_EQ(label(SMARTStatus::notSupported), "Not Supported");
+}
+
+TEST(SMARTStatus, JSONUsesRawTextsWithoutFallback) {
+    EXPECT_EQ(Json(SMARTStatus::notSupported), "notSupported");
+    EXPECT_EQ(Json("failing").get<SMARTStatus>(), SMARTStatus::failing);
+    EXPECT_THROW(Json("Verified").get<SMARTStatus>(), DecodingError);
+    EXPECT_THROW(Json("sort of ok").get<SMARTStatus>(), DecodingError);
+}
+
+TEST(NVMeHealth, DataUnitsAreThousandsOf512ByteBlocks) {
+    NVMeHealth health;
+    EXPECT_EQ(health.bytesWritten(), std::nullopt);
+    health.dataUnitsWritten = 1000;
+    health.dataUnitsRead = 3;
+    EXPECT_EQ(health.bytesWritten(), 512000000);
+    EXPECT_EQ(health.bytesRead(), 1536000);
+}
+
+TEST(NVMeHealthDeathTest, HugeCountersOverflowLoudly) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    NVMeHealth health;
+    health.dataUnitsRead = std::int64_t{1} << 50;
+    EXPECT_DEATH(health.bytesRead(), "overflow");
+}
+
+TEST(StorageVolume, FractionsOfUnknownOrOverfullVolumes) {
+    const auto unknown = volume("a", 0, 0);
+    EXPECT_EQ(unknown.usedFraction(), 0);
+    EXPECT_EQ(unknown.freeFraction(), 0);  // no free share for a volume of unknown size
+
+    const auto purgeable = volume("b", 100, 150);
+    EXPECT_EQ(purgeable.usedBytes(), 0);
+    EXPECT_EQ(purgeable.usedFraction(), 0);
+    EXPECT_EQ(purgeable.freeFraction(), 1);
+
+    const auto quarter = volume("c", 400, 300);
+    EXPECT_EQ(quarter.usedBytes(), 100);
+    EXPECT_DOUBLE_EQ(quarter.usedFraction(), 0.25);
+    EXPECT_DOUBLE_EQ(quarter.freeFraction(), 0.75);
+}
+
+TEST(StorageVolume, FileSystemLabelFallsBackInOrder) {
+    auto v = volume("a", 1, 1);
+    EXPECT_EQ(v.fileSystemLabel(), "Unknown");
+    v.fileSystemType = "exfat";
+    EXPECT_EQ(v.fileSystemLabel(), "EXFAT");
+    v.fileSystemName = "ExFAT";
+    EXPECT_EQ(v.fileSystemLabel(), "ExFAT");
+}
+
+TEST(StorageSnapshot, LookupsAndAttribution) {
+    StorageSnapshot snapshot;
+    auto disk = fullyPopulatedDisk();
+    snapshot.disks = {disk};
+    auto onDisk = volume("data", 10, 5);
+    onDisk.physicalDiskID = "disk0";
+    auto orphan = volume("orphan", 10, 5);
+    orphan.physicalDiskID = "disk9";  // names a disk that was not discovered
+    auto share = volume("share", 10, 5);
+    share.isNetwork = true;
+    snapshot.volumes = {onDisk, orphan, share};
+
+    EXPECT_EQ(snapshot.volume("orphan"), orphan);
+    EXPECT_EQ(snapshot.volume("Orphan"), std::nullopt);
+    EXPECT_EQ(snapshot.disk("disk0"), disk);
+    EXPECT_EQ(snapshot.disk("disk9"), std::nullopt);
+    EXPECT_EQ(snapshot.volumesOn(disk), std::vector<StorageVolume>{onDisk});
+    EXPECT_EQ(snapshot.unassignedVolumes(), (std::vector<StorageVolume>{orphan, share}));
+
+    snapshot.disks.clear();
+    EXPECT_EQ(snapshot.unassignedVolumes().size(), 3u);
+}
+
+TEST(StorageSnapshot, DistinctLocalCapacityCountsEachContainerOnce) {
+    StorageSnapshot snapshot;
+    auto system = volume("system", 500'000'000'000, 100'000'000'000);
+    system.containerID = "disk3";
+    auto data = volume("data", 500'000'000'000, 100'000'000'000);
+    data.containerID = "disk3";
+    auto share = volume("share", 8'000'000'000'000, 1'000'000'000'000);
+    share.isNetwork = true;
+    auto hfsA = volume("hfsA", 200, 50);
+    auto hfsB = volume("hfsB", 300, 60);
+    snapshot.volumes = {system, data, share, hfsA, hfsB};
+    EXPECT_EQ(snapshot.distinctLocalCapacity(), (LocalCapacity{500'000'000'500, 100'000'000'110}));
+    EXPECT_EQ(StorageSnapshot::empty().distinctLocalCapacity(), LocalCapacity{});
+}
+
+TEST(StorageSnapshot, EmptySnapshotIsTheDistantPastWithEmptyLists) {
+    const Json j = StorageSnapshot::empty();
+    EXPECT_EQ(j.at("capturedAt"), "0001-01-01T00:00:00Z");
+    EXPECT_EQ(j.at("disks"), Json::array());
+    EXPECT_EQ(j.at("volumes"), Json::array());
+    EXPECT_EQ(j.at("warnings"), Json::array());
+    EXPECT_EQ(j.get<StorageSnapshot>(), StorageSnapshot::empty());
+}
+
+TEST(StorageJSON, EveryRecordRoundTripsWithOptionalKeysOmitted) {
+    StorageSnapshot snapshot;
+    snapshot.capturedAt = *ISO8601::parse("2026-11-02T09:30:00.5Z");
+    snapshot.disks = {fullyPopulatedDisk()};
+    auto v = volume("5E3C…", 994662584320, 120000000000);
+    v.fileSystemType = "apfs";
+    v.isEncrypted = true;
+    v.containerID = "disk3";
+    v.physicalDiskID = "disk0";
+    snapshot.volumes = {v, volume("bare", 1, 0)};
+    snapshot.warnings = {"Could not read details for disk5: Command timed out"};
+
+    const Json j = snapshot;
+    EXPECT_EQ(j.get<StorageSnapshot>(), snapshot);
+    const auto& bare = j.at("volumes").at(1);
+    EXPECT_FALSE(bare.contains("physicalDiskID"));
+    EXPECT_FALSE(bare.contains("isEncrypted"));
+    EXPECT_EQ(j.at("disks").at(0).at("smartStatus"), "verified");
+    EXPECT_EQ(j.at("disks").at(0).at("partitions").at(0).contains("volumeName"), false);
+    EXPECT_EQ(j.at("disks").at(0).at("nvme").size(), 3u);  // only the present figures
+
+    MountedVolumeRecord record{"/", "Macintosh HD", 100, 20, 60, true, false, false, true, true, true, "apfs", "U", true};
+    EXPECT_EQ(Json(record).get<MountedVolumeRecord>(), record);
+}
+
+TEST(StorageJSON, MissingRequiredFieldsFailToDecode) {
+    Json disk = fullyPopulatedDisk();
+    disk.erase("isInternal");
+    EXPECT_THROW(disk.get<PhysicalDisk>(), DecodingError);
+    Json v = volume("x", 1, 1);
+    v["totalBytes"] = "lots";
+    EXPECT_THROW(v.get<StorageVolume>(), DecodingError);
+    Json d = fullyPopulatedDisk();
+    d["smartStatus"] = "Verified";
+    EXPECT_THROW(d.get<PhysicalDisk>(), DecodingError);
+}
+
+TEST(MountedVolumeRecord, EffectiveAvailablePrefersAPositiveImportantFigure) {
+    MountedVolumeRecord record;
+    record.availableBytes = 10;
+    EXPECT_EQ(record.effectiveAvailableBytes(), 10);
+    record.importantAvailableBytes = 0;
+    EXPECT_EQ(record.effectiveAvailableBytes(), 10);
+    record.importantAvailableBytes = 25;
+    EXPECT_EQ(record.effectiveAvailableBytes(), 25);
+}
