@@ -67,7 +67,9 @@ const std::vector<std::vector<std::string>>& DockerClient::allowedPrefixes() {
     return prefixes;
 }
 
-CommandPolicy DockerClient::policy(const std::string& executable) { return CommandPolicy{executable, allowedPrefixes()}; }
+CommandPolicy DockerClient::policy(const std::string& executable) {
+    return CommandPolicy{executable, allowedPrefixes()};
+}
 
 std::vector<std::string> DockerClient::searchFolders(const Environment& environment, const DockerHostProbing& host) {
     std::vector<std::string> folders;

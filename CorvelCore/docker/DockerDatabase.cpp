@@ -13,30 +13,18 @@ std::optional<std::string> DockerDatabase::engineFor(std::string_view image) {
     };
     // Order matters: "postgis" must be tried before "postgres".
     static constexpr std::array<Entry, 19> table{{
-        {"postgis", "PostgreSQL"},
-        {"postgres", "PostgreSQL"},
-        {"timescale", "PostgreSQL"},
-        {"mysql", "MySQL"},
-        {"mariadb", "MariaDB"},
-        {"mongo", "MongoDB"},
-        {"redis", "Redis"},
-        {"valkey", "Valkey"},
-        {"elasticsearch", "Elasticsearch"},
-        {"opensearch", "OpenSearch"},
-        {"clickhouse", "ClickHouse"},
-        {"cassandra", "Cassandra"},
-        {"neo4j", "Neo4j"},
-        {"influxdb", "InfluxDB"},
-        {"rabbitmq", "RabbitMQ"},
-        {"mssql", "SQL Server"},
-        {"couchdb", "CouchDB"},
-        {"minio", "MinIO"},
+        {"postgis", "PostgreSQL"},    {"postgres", "PostgreSQL"},   {"timescale", "PostgreSQL"},
+        {"mysql", "MySQL"},           {"mariadb", "MariaDB"},       {"mongo", "MongoDB"},
+        {"redis", "Redis"},           {"valkey", "Valkey"},         {"elasticsearch", "Elasticsearch"},
+        {"opensearch", "OpenSearch"}, {"clickhouse", "ClickHouse"}, {"cassandra", "Cassandra"},
+        {"neo4j", "Neo4j"},           {"influxdb", "InfluxDB"},     {"rabbitmq", "RabbitMQ"},
+        {"mssql", "SQL Server"},      {"couchdb", "CouchDB"},       {"minio", "MinIO"},
         {"qdrant", "Qdrant"},
     }};
     const auto lowered = toLower(image);
     const auto slash = lowered.rfind('/');
-    const std::string_view name = slash == std::string::npos ? std::string_view(lowered)
-                                                              : std::string_view(lowered).substr(slash + 1);
+    const std::string_view name =
+        slash == std::string::npos ? std::string_view(lowered) : std::string_view(lowered).substr(slash + 1);
     for (const auto& entry : table)
         if (startsWith(name, entry.prefix)) return std::string(entry.engine);
     return std::nullopt;

@@ -79,7 +79,8 @@ std::vector<DockerImageCandidate> candidates(const std::string& home, const Dock
             const auto value = settings.find(key);
             if (value == settings.end() || !value->is_string()) continue;
             const auto location = trim(value->get_ref<const std::string&>());
-            if (!location.empty()) result.push_back({std::string(location), std::string("Docker Desktop setting ") + key});
+            if (!location.empty())
+                result.push_back({std::string(location), std::string("Docker Desktop setting ") + key});
         }
     }
     result.push_back({defaultImageFolder(home, platform), "Docker Desktop default location"});
@@ -112,7 +113,8 @@ std::optional<std::string> mountPointHolding(const std::string& path, const std:
     std::optional<std::string> best;
     for (const auto& mountPoint : mountPoints) {
         if (mountPoint.empty()) continue;
-        const bool holds = (mountPoint == "/" && startsWith(path, "/")) || path == mountPoint || startsWith(path, joined(mountPoint, ""));
+        const bool holds = (mountPoint == "/" && startsWith(path, "/")) || path == mountPoint ||
+                           startsWith(path, joined(mountPoint, ""));
         if (holds && (!best || mountPoint.size() > best->size())) best = mountPoint;
     }
     return best;

@@ -2,7 +2,9 @@
 
 namespace corvel {
 
-std::string DockerImage::reference() const { return tag == "<none>" ? repository : repository + ":" + tag; }
+std::string DockerImage::reference() const {
+    return tag == "<none>" ? repository : repository + ":" + tag;
+}
 
 void to_json(Json& j, const DockerImage& image) {
     j = Json{{"id", image.id}, {"repository", image.repository}, {"tag", image.tag}, {"sizeBytes", image.sizeBytes}};

@@ -10,9 +10,9 @@
 namespace corvel {
 
 struct DockerMount {
-    std::string type;         // "bind", "volume", "tmpfs", …
-    std::string source;       // host path, or the volume's data path inside the engine
-    std::string destination;  // path inside the container
+    std::string type;                 // "bind", "volume", "tmpfs", …
+    std::string source;               // host path, or the volume's data path inside the engine
+    std::string destination;          // path inside the container
     std::optional<std::string> name;  // the volume's name
     bool readWrite = false;
 

@@ -69,7 +69,9 @@ std::optional<std::string> textOf(const Json& object, const char* key) {
     return found->get<std::string>();
 }
 
-std::string text(const Json& object, const char* key) { return textOf(object, key).value_or(""); }
+std::string text(const Json& object, const char* key) {
+    return textOf(object, key).value_or("");
+}
 
 std::optional<std::string> nonBlank(std::optional<std::string> value) {
     if (!value) return std::nullopt;
@@ -102,7 +104,8 @@ std::optional<std::int64_t> sizeValue(const Json& object, const char* key) {
     const auto found = object.find(key);
     if (found == object.end()) return std::nullopt;
     if (found->is_number_integer()) return found->get<std::int64_t>();
-    if (found->is_string()) return size(found->get_ref<const std::string&>());
+    if (found->is_string())
+        return DockerParser::size(found->get_ref<const std::string&>());  // qualified: std::size would win by ADL
     return std::nullopt;
 }
 
@@ -354,7 +357,8 @@ std::map<std::string, DockerVolumeFacts> volumeSizes(const std::optional<Json>& 
     if (const Json* list = verboseList(verboseFacts, "Volumes"))
         for (const auto& entry : *list) {
             const auto name = nonBlank(textOf(entry, "Name"));
-            if (name) result.insert_or_assign(*name, DockerVolumeFacts{sizeValue(entry, "Size"), count(entry, "Links")});
+            if (name)
+                result.insert_or_assign(*name, DockerVolumeFacts{sizeValue(entry, "Size"), count(entry, "Links")});
         }
     return result;
 }

@@ -37,7 +37,8 @@ RecordedDockerHost::RecordedDockerHost(const Json& machine, const std::filesyste
                 if (!name.is_string()) throw DecodingError("textFiles entry '" + path + "' must name a file");
                 const auto file = directory / name.get<std::string>();
                 auto contents = AtomicFile::read(file);
-                if (!contents) throw DecodingError("textFiles entry '" + path + "' names a missing file " + file.string());
+                if (!contents)
+                    throw DecodingError("textFiles entry '" + path + "' names a missing file " + file.string());
                 textFiles_.emplace(path, std::move(*contents));
             }
         }

@@ -18,12 +18,14 @@
 namespace corvel {
 namespace {
 
-constexpr std::int64_t blockUnit = 512;           // st_blocks is counted in 512-byte units
+constexpr std::int64_t blockUnit = 512;                // st_blocks is counted in 512-byte units
 constexpr std::int64_t maximumSettingsSize = 4 << 20;  // a settings document, not a data file
 
 }  // namespace
 
-std::string LocalDockerHost::platform() const { return "linux"; }
+std::string LocalDockerHost::platform() const {
+    return "linux";
+}
 
 std::optional<std::string> LocalDockerHost::userHome() const {
     std::vector<char> buffer(16384);

@@ -20,7 +20,9 @@ constexpr std::int64_t maximumSettingsSize = 4 << 20;  // a settings document, n
 
 }  // namespace
 
-std::string LocalDockerHost::platform() const { return "macos"; }
+std::string LocalDockerHost::platform() const {
+    return "macos";
+}
 
 std::optional<std::string> LocalDockerHost::userHome() const {
     std::vector<char> buffer(16384);
@@ -51,6 +53,8 @@ std::optional<DockerFileFacts> LocalDockerHost::regularFileFacts(const std::stri
     return DockerFileFacts{facts.st_size, checkedMultiply(facts.st_blocks, blockUnit)};
 }
 
-std::optional<DockerFileFacts> LocalDockerHost::folderFacts(const std::string&) const { return std::nullopt; }
+std::optional<DockerFileFacts> LocalDockerHost::folderFacts(const std::string&) const {
+    return std::nullopt;
+}
 
 }  // namespace corvel

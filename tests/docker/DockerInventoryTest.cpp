@@ -1,0 +1,234 @@
+#include "docker/DockerInventory.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace corvel {
+namespace {
+
+DockerContainer container(std::string id, std::string image, std::optional<std::string> project, std::string state,
+                          std::optional<std::int64_t> size, std::vector<DockerMount> mounts = {},
+                          std::optional<std::string> workingDirectory = std::nullopt) {
+    DockerContainer result;
+    result.id = std::move(id);
+    result.name = result.id + "-name";
+    result.image = std::move(image);
+    result.composeProject = std::move(project);
+    result.state = std::move(state);
+    result.sizeBytes = size;
+    result.mounts = std::move(mounts);
+    result.composeWorkingDirectory = std::move(workingDirectory);
+    return result;
+}
+
+DockerMount volumeMount(std::string name) {
+    return {"volume", "/var/lib/docker/volumes/" + name + "/_data", "/data", name, true};
+}
+DockerMount bindMount(std::string source) {
+    return {"bind", std::move(source), "/app", std::nullopt, true};
+}
+
+DockerVolume volume(std::string name, std::optional<std::int64_t> size,
+                    std::optional<std::string> project = std::nullopt) {
+    return {std::move(name), "local", std::move(project), size, std::nullopt, false};
+}
+
+DockerImage image(std::string id, std::string repository, std::string tag, std::int64_t size) {
+    return {std::move(id), std::move(repository), std::move(tag), size, std::nullopt, std::nullopt, 0};
+}
+
+TEST(DockerDatabaseEngine, RecognisesTheLastPathComponentByPrefix) {
+    EXPECT_EQ(DockerDatabase::engineFor("library/postgres:16"), "PostgreSQL");
+    EXPECT_EQ(DockerDatabase::engineFor("registry/acme/Timescale-HA"), "PostgreSQL");
+    EXPECT_EQ(DockerDatabase::engineFor("postgis/postgis:16-3.4"), "PostgreSQL");
+    EXPECT_EQ(DockerDatabase::engineFor("redis-stack"), "Redis");
+    EXPECT_EQ(DockerDatabase::engineFor("mcr.microsoft.com/mssql/server:2022-latest"), std::nullopt);  // "server"
+    EXPECT_EQ(DockerDatabase::engineFor("mcr.microsoft.com/mssql-tools"), "SQL Server");
+    EXPECT_EQ(DockerDatabase::engineFor("mongo:7"), "MongoDB");
+    EXPECT_EQ(DockerDatabase::engineFor("bitnami/mariadb"), "MariaDB");
+    EXPECT_EQ(DockerDatabase::engineFor("valkey/valkey:8"), "Valkey");
+    EXPECT_EQ(DockerDatabase::engineFor("docker.elastic.co/elasticsearch/elasticsearch:8.15.0"), "Elasticsearch");
+    EXPECT_EQ(DockerDatabase::engineFor("opensearchproject/opensearch"), "OpenSearch");
+    EXPECT_EQ(DockerDatabase::engineFor("clickhouse/clickhouse-server"), "ClickHouse");
+    EXPECT_EQ(DockerDatabase::engineFor("cassandra"), "Cassandra");
+    EXPECT_EQ(DockerDatabase::engineFor("neo4j:5"), "Neo4j");
+    EXPECT_EQ(DockerDatabase::engineFor("influxdb:2"), "InfluxDB");
+    EXPECT_EQ(DockerDatabase::engineFor("rabbitmq:3-management"), "RabbitMQ");
+    EXPECT_EQ(DockerDatabase::engineFor("couchdb"), "CouchDB");
+    EXPECT_EQ(DockerDatabase::engineFor("minio/minio"), "MinIO");
+    EXPECT_EQ(DockerDatabase::engineFor("qdrant/qdrant"), "Qdrant");
+    EXPECT_EQ(DockerDatabase::engineFor("MySQL:8.0"), "MySQL");
+    EXPECT_EQ(DockerDatabase::engineFor("nginx"), std::nullopt);
+    EXPECT_EQ(DockerDatabase::engineFor("postgres-exporter/thing/app"),
+              std::nullopt);  // only the last component counts
+    EXPECT_EQ(DockerDatabase::engineFor(""), std::nullopt);
+}
+
+TEST(DockerImageReference, UntaggedImagesShowTheRepositoryAlone) {
+    EXPECT_EQ(image("1", "postgres", "16", 0).reference(), "postgres:16");
+    EXPECT_EQ(image("1", "<none>", "<none>", 0).reference(), "<none>");
+    EXPECT_EQ(image("1", "ghcr.io/me/app", "<none>", 0).reference(), "ghcr.io/me/app");
+}
+
+TEST(DockerImageUse, ContainersFindTheirImageByReferenceLatestOrID) {
+    DockerInventory inventory;
+    inventory.images = {image("e47e70c59f64", "postgres", "16", 1), image("1111aaaa2222", "nginx", "latest", 2),
+                        image("9999bbbb8888", "<none>", "<none>", 3)};
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "postgres:16", {}, "running", {})), &inventory.images[0]);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "docker.io/library/postgres:16", {}, "running", {})),
+              &inventory.images[0]);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "nginx", {}, "running", {})), &inventory.images[1]);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "nginx@sha256:0123", {}, "running", {})), &inventory.images[1]);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "sha256:9999bbbb8888ffffeeee", {}, "running", {})),
+              &inventory.images[2]);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "postgres:15", {}, "running", {})), nullptr);
+    EXPECT_EQ(inventory.imageUsedBy(container("a", "", {}, "running", {})), nullptr);
+}
+
+class DockerViews : public ::testing::Test {
+protected:
+    void SetUp() override {
+        inventory.images = {image("img-postgres", "postgres", "16", 438000000),
+                            image("img-web", "shop-web", "latest", 1210000000),
+                            image("img-nginx", "nginx", "latest", 192000000)};
+        inventory.volumes = {volume("shop_pgdata", 412600000, "shop"), volume("shop_unused", 1000, "shop"),
+                             volume("legacy_esdata", 3400000000, "legacy"), volume("anon", std::nullopt)};
+        inventory.containers = {
+            container("db", "postgres:16", "shop", "running", 63, {volumeMount("shop_pgdata")}, "/Users/me/src/shop"),
+            container("web", "shop-web", "shop", "running", 24600000,
+                      {bindMount("/Users/me/src/shop"), bindMount("/Users/me/src/shop")}),
+            container("web2", "shop-web", "shop", "exited", std::nullopt,
+                      {volumeMount("shop_pgdata"), volumeMount("anon")}),
+            container("solo", "nginx", std::nullopt, "exited", 1090, {bindMount("/tmp/site")}),
+        };
+    }
+
+    DockerInventory inventory;
+};
+
+TEST_F(DockerViews, ProjectUsageGroupsByComposeProjectAndCountsEachThingOnce) {
+    const auto usage = inventory.projectUsage();
+    ASSERT_EQ(usage.size(), 3u);
+
+    // legacy (3.4 GB of volumes, no containers left) > shop > Standalone
+    EXPECT_EQ(usage[0].name, "legacy");
+    EXPECT_EQ(usage[0].containers, 0);
+    EXPECT_EQ(usage[0].volumes, 1);
+    EXPECT_EQ(usage[0].volumeBytes, 3400000000);
+
+    const auto& shop = usage[1];
+    EXPECT_EQ(shop.name, "shop");
+    EXPECT_EQ(shop.containers, 3);
+    EXPECT_EQ(shop.runningContainers, 2);
+    EXPECT_EQ(shop.containerBytes, 63 + 24600000);
+    EXPECT_EQ(shop.imageIDs, (std::vector<std::string>{"img-postgres", "img-web"}));  // shop-web counted once
+    EXPECT_EQ(shop.imageBytes, 438000000 + 1210000000);
+    // shop_pgdata mounted twice, anon mounted, shop_unused only labelled: three volumes, sizes known for two.
+    EXPECT_EQ(shop.volumes, 3);
+    EXPECT_EQ(shop.volumeBytes, 412600000 + 1000);
+    EXPECT_EQ(shop.bindSources, std::vector<std::string>{"/Users/me/src/shop"});
+    EXPECT_EQ(shop.workingDirectory, "/Users/me/src/shop");
+    EXPECT_EQ(shop.totalBytes(), 63 + 24600000 + 438000000 + 1210000000 + 412600000 + 1000);
+
+    const auto& standalone = usage[2];
+    EXPECT_EQ(standalone.name, "Standalone");
+    EXPECT_EQ(standalone.containers, 1);
+    EXPECT_EQ(standalone.runningContainers, 0);
+    EXPECT_EQ(standalone.imageIDs, std::vector<std::string>{"img-nginx"});
+    EXPECT_EQ(standalone.bindSources, std::vector<std::string>{"/tmp/site"});
+    EXPECT_EQ(standalone.workingDirectory, std::nullopt);
+}
+
+TEST_F(DockerViews, ProjectUsageSortIsStableForEqualTotals) {
+    DockerInventory equal;
+    equal.containers = {container("a", "x", "first", "running", 10), container("b", "x", "second", "running", 10),
+                        container("c", "x", "third", "running", 20)};
+    const auto usage = equal.projectUsage();
+    ASSERT_EQ(usage.size(), 3u);
+    EXPECT_EQ(usage[0].name, "third");
+    EXPECT_EQ(usage[1].name, "first");
+    EXPECT_EQ(usage[2].name, "second");
+    EXPECT_TRUE(DockerInventory::empty().projectUsage().empty());
+}
+
+TEST_F(DockerViews, DatabasesAreContainersWithAnEngineAndTheirVolumes) {
+    const auto databases = inventory.databases();
+    ASSERT_EQ(databases.size(), 1u);
+    EXPECT_EQ(databases[0].container.id, "db");
+    EXPECT_EQ(databases[0].engine, "PostgreSQL");
+    EXPECT_EQ(databases[0].volumeNames, std::vector<std::string>{"shop_pgdata"});
+    EXPECT_EQ(databases[0].volumeBytes, 412600000);
+
+    DockerInventory unknownSizes;
+    unknownSizes.containers = {
+        container("r", "redis:7", std::nullopt, "running", {}, {volumeMount("cache"), bindMount("/x")})};
+    const auto redis = unknownSizes.databases();
+    ASSERT_EQ(redis.size(), 1u);
+    EXPECT_EQ(redis[0].volumeNames, std::vector<std::string>{"cache"});
+    EXPECT_EQ(redis[0].volumeBytes, 0);
+}
+
+TEST_F(DockerViews, BindMountsPairEveryBindWithItsContainer) {
+    const auto binds = inventory.bindMounts();
+    ASSERT_EQ(binds.size(), 3u);
+    EXPECT_EQ(binds[0].container.id, "web");
+    EXPECT_EQ(binds[2].container.id, "solo");
+    EXPECT_EQ(binds[2].mount.source, "/tmp/site");
+}
+
+TEST(DockerReclaimable, SumsTheEngineLinesAndGuardsOverflow) {
+    DockerInventory inventory;
+    EXPECT_EQ(inventory.reclaimableBytes(), 0);
+    inventory.diskUsage = {{"Images", 6, 5, 3842000000, 1180000000}, {"Build Cache", 2, 0, 1673000000, 1673000000}};
+    EXPECT_EQ(inventory.reclaimableBytes(), 2853000000);
+    inventory.diskUsage.push_back({"Local Volumes", 1, 0, 1, std::numeric_limits<std::int64_t>::max()});
+    EXPECT_EQ(inventory.reclaimableBytes(), std::nullopt);
+}
+
+TEST(DockerInventoryJson, RoundTripsWithFieldNamesAndAbsentOptionals) {
+    DockerInventory inventory = DockerInventory::empty(*ISO8601::parse("2026-11-02T09:30:00Z"));
+    Json emptyJson = inventory;
+    EXPECT_FALSE(emptyJson.contains("serverVersion"));
+    EXPECT_FALSE(emptyJson.contains("diskImage"));
+    EXPECT_EQ(emptyJson["capturedAt"], "2026-11-02T09:30:00Z");
+    EXPECT_EQ(emptyJson["buildCacheBytes"], 0);
+    EXPECT_EQ(emptyJson.get<DockerInventory>(), inventory);
+
+    inventory.serverVersion = "27.3.1";
+    inventory.dockerRootDir = "/var/lib/docker";
+    inventory.containers = {
+        container("db", "postgres:16", "shop", "running", 63, {volumeMount("pgdata"), bindMount("/src")})};
+    inventory.images = {{"img", "postgres", "16", 438000000, 0, 438000000, 1}};
+    inventory.volumes = {{"pgdata", "local", "shop", 412600000, 1, false}};
+    inventory.networks = {{"n1", "shop_default", "bridge", "local", "shop"}};
+    inventory.composeProjects = {{"shop", "running(1)", {"/src/compose.yaml"}}};
+    inventory.diskUsage = {{"Images", 1, 1, 438000000, 0}};
+    inventory.buildCacheBytes = 1460000000;
+    inventory.diskImage = DockerDiskImage{"/x/Docker.raw", 10, 5, "/", "Docker Desktop default location"};
+    inventory.errors = {"docker images: Command timed out"};
+    const Json full = inventory;
+    EXPECT_EQ(full.begin().key(), "serverVersion");
+    EXPECT_EQ(full["containers"][0]["mounts"][1].contains("name"), false);
+    EXPECT_EQ(full["diskImage"]["volumeMountPoint"], "/");
+    EXPECT_EQ(full.get<DockerInventory>(), inventory);
+    EXPECT_EQ(Json::parse(full.dump()).get<DockerInventory>(), inventory);
+
+    Json broken = full;
+    broken.erase("containers");
+    EXPECT_THROW(broken.get<DockerInventory>(), DecodingError);
+}
+
+TEST(DockerDerivedRecordsJson, RoundTrip) {
+    DockerProjectUsage usage{"shop", 2, 1, 1, 10, 20, 30, {"img"}, {"/src"}, "/src"};
+    EXPECT_EQ(Json(usage).get<DockerProjectUsage>(), usage);
+    usage.workingDirectory.reset();
+    EXPECT_FALSE(Json(usage).contains("workingDirectory"));
+    DockerDatabase database{container("db", "postgres", {}, "running", {}), "PostgreSQL", {"pgdata"}, 7};
+    EXPECT_EQ(Json(database).get<DockerDatabase>(), database);
+    DockerBindMount bind{container("web", "x", {}, "running", 1), bindMount("/src")};
+    EXPECT_EQ(Json(bind).get<DockerBindMount>(), bind);
+}
+
+}  // namespace
+}  // namespace corvel
