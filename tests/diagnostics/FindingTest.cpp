@@ -1,0 +1,132 @@
+#include "DiagnosticsFixtures.h"
+#include "diagnostics/Finding.h"
+#include "diagnostics/HealthStatus.h"
+
+#include <gtest/gtest.h>
+
+#include <unordered_set>
+
+namespace corvel {
+namespace {
+
+TEST(Severity, OrderedByRawValueAndEncodedAsInteger) {
+    EXPECT_LT(Severity::ok, Severity::info);
+    EXPECT_LT(Severity::info, Severity::warning);
+    EXPECT_LT(Severity::warning, Severity::critical);
+    EXPECT_EQ(Json(Severity::critical).dump(), "3");
+    EXPECT_EQ(Json::parse("2").get<Severity>(), Severity::warning);
+    EXPECT_EQ(label(Severity::ok), "Healthy");
+    EXPECT_EQ(label(Severity::critical), "Critical");
+}
+
+TEST(Severity, OutOfRangeIntegersHaveNoSeverity) {
+    EXPECT_EQ(severityFromRawValue(0), Severity::ok);
+    EXPECT_EQ(severityFromRawValue(3), Severity::critical);
+    EXPECT_FALSE(severityFromRawValue(-1));
+    EXPECT_FALSE(severityFromRawValue(4));
+    EXPECT_THROW(Json::parse("4").get<Severity>(), DecodingError);
+    EXPECT_THROW(Json::parse("\"warning\"").get<Severity>(), DecodingError);
+}
+
+TEST(HealthDimension, InferredFromRuleID) {
+    EXPECT_EQ(inferredHealthDimension("disk.smart"), HealthDimension::physical);
+    EXPECT_EQ(inferredHealthDimension("disk.nvme.wear"), HealthDimension::physical);
+    EXPECT_EQ(inferredHealthDimension("volume.freeSpace"), HealthDimension::usage);
+    EXPECT_EQ(inferredHealthDimension("topology.linkSpeed"), HealthDimension::connection);
+    EXPECT_EQ(inferredHealthDimension("availability.missing"), HealthDimension::availability);
+    EXPECT_EQ(inferredHealthDimension("volume.readOnly"), HealthDimension::fileSystem);
+    // Only the exact free-space id is usage; prefixes without their dot fall through.
+    EXPECT_EQ(inferredHealthDimension("volume.freeSpaceSoon"), HealthDimension::fileSystem);
+    EXPECT_EQ(inferredHealthDimension("diskette"), HealthDimension::fileSystem);
+    EXPECT_EQ(inferredHealthDimension(""), HealthDimension::fileSystem);
+}
+
+TEST(HealthDimension, TableOrderAndLabels) {
+    const auto cases = allCases<HealthDimension>();
+    ASSERT_EQ(cases.size(), 5u);
+    EXPECT_EQ(cases.front(), HealthDimension::physical);
+    EXPECT_EQ(cases.back(), HealthDimension::availability);
+    EXPECT_EQ(label(HealthDimension::fileSystem), "File System Health");
+    EXPECT_EQ(Json(HealthDimension::fileSystem).dump(), "\"fileSystem\"");
+}
+
+TEST(HealthStatus, FollowsSeverity) {
+    EXPECT_EQ(healthStatusFor(Severity::ok), HealthStatus::normal);
+    EXPECT_EQ(healthStatusFor(Severity::info), HealthStatus::normal);
+    EXPECT_EQ(healthStatusFor(Severity::warning), HealthStatus::attention);
+    EXPECT_EQ(healthStatusFor(Severity::critical), HealthStatus::critical);
+}
+
+TEST(FindingSubject, JsonShapeWrapsPayloadInUnderscoreZero) {
+    EXPECT_EQ(Json(FindingSubject::volume("X")).dump(), R"({"volume":{"_0":"X"}})");
+    EXPECT_EQ(Json(FindingSubject::disk("disk4")).dump(), R"({"disk":{"_0":"disk4"}})");
+    EXPECT_EQ(Json::parse(R"({"disk":{"_0":"disk4"}})").get<FindingSubject>(), FindingSubject::disk("disk4"));
+}
+
+TEST(FindingSubject, IdsNameTheKind) {
+    EXPECT_EQ(FindingSubject::disk("disk4").id(), "disk:disk4");
+    EXPECT_EQ(FindingSubject::volume("X").id(), "volume:X");
+    EXPECT_NE(FindingSubject::disk("X"), FindingSubject::volume("X"));
+}
+
+TEST(FindingSubject, MalformedJsonIsADecodingError) {
+    for (const char* text : {R"({"file":{"_0":"X"}})", R"({"disk":{"0":"X"}})", R"({"disk":{"_0":4}})",
+                             R"({"disk":{"_0":"a"},"volume":{"_0":"b"}})", R"("disk4")", "{}"}) {
+        EXPECT_THROW(Json::parse(text).get<FindingSubject>(), DecodingError) << text;
+    }
+}
+
+TEST(Finding, MakeInfersDimensionAndIdJoinsRuleAndSubject) {
+    const auto freeSpace = Finding::make("volume.freeSpace", Severity::warning, FindingSubject::volume("X"), "Data",
+                                         "Running low on space", "detail");
+    EXPECT_EQ(freeSpace.dimension, HealthDimension::usage);
+    EXPECT_EQ(freeSpace.id(), "volume.freeSpace|volume:X");
+    EXPECT_FALSE(freeSpace.recommendation);
+    EXPECT_FALSE(freeSpace.evidence);
+    EXPECT_FALSE(freeSpace.impact);
+}
+
+TEST(Finding, JsonKeysInFieldOrderAndAbsentOptionalsOmitted) {
+    const auto bare = Finding::make("disk.smart", Severity::info, FindingSubject::disk("disk4"), "T7", "t", "d");
+    EXPECT_EQ(Json(bare).dump(),
+              R"({"ruleID":"disk.smart","severity":1,"subject":{"disk":{"_0":"disk4"}},"subjectName":"T7",)"
+              R"("title":"t","detail":"d","dimension":"physical"})");
+
+    const auto full = Finding::make("volume.readOnly", Severity::warning, FindingSubject::volume("X"), "Backup", "t",
+                                    "d", "r", "e", "i");
+    const Json encoded = full;
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : encoded.items()) keys.push_back(key);
+    EXPECT_EQ(keys, (std::vector<std::string>{"ruleID", "severity", "subject", "subjectName", "title", "detail",
+                                              "recommendation", "dimension", "evidence", "impact"}));
+    EXPECT_EQ(Json(full).get<Finding>(), full);
+    EXPECT_EQ(Json(bare).get<Finding>(), bare);
+}
+
+TEST(Finding, DecodingRequiresEveryNonOptionalKey) {
+    const Json complete = Finding::make("volume.readOnly", Severity::warning, FindingSubject::volume("X"), "B", "t", "d");
+    for (const char* key : {"ruleID", "severity", "subject", "subjectName", "title", "detail", "dimension"}) {
+        Json incomplete = complete;
+        incomplete.erase(key);
+        EXPECT_THROW(incomplete.get<Finding>(), DecodingError) << key;
+    }
+}
+
+TEST(Finding, DecodedDimensionIsKeptNotReinferred) {
+    Json j = Finding::make("volume.readOnly", Severity::warning, FindingSubject::volume("X"), "B", "t", "d");
+    j["dimension"] = "connection";
+    EXPECT_EQ(j.get<Finding>().dimension, HealthDimension::connection);
+}
+
+TEST(Finding, HashFollowsEquality) {
+    const auto a = testing::finding("volume.readOnly", Severity::warning, "Backup");
+    auto b = a;
+    std::unordered_set<Finding> set{a, b};
+    EXPECT_EQ(set.size(), 1u);
+    b.evidence = "something";
+    set.insert(b);
+    EXPECT_EQ(set.size(), 2u);
+}
+
+}  // namespace
+}  // namespace corvel
