@@ -18,5 +18,6 @@ int runCommandLine(int argc, const char* const* argv, CliContext& context, const
 
 // The command families.
 void registerStatusCommands(CLI::App& app, CliContext& context);
+void registerSpaceCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -10,5 +10,6 @@ int main(int argc, char** argv) {
     return runCommandLine(argc, argv, context, [](CLI::App& app, CliContext& ctx) {
         // One line per command family.
         registerStatusCommands(app, ctx);
+        registerSpaceCommands(app, ctx);
     });
 }

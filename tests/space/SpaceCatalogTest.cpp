@@ -1,5 +1,7 @@
 #include "space/SpaceCatalog.h"
 
+#include "common/Text.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -275,8 +277,7 @@ TEST(SpaceCatalogTest, HomeRulesDecideOnTheFirstComponent) {
         {"/Users/me/.gradle", true, C::other, R::gray, std::nullopt},
         {"/Users/me/.gradle/wrapper", true, C::other, R::gray, std::nullopt},
         {"/Users/me/.m2/repository", true, C::packageManagers, R::yellow, "Maven"},
-        {"/Users/me/.cargo/registry", true, C::packageManagers, R::yellow == R::green ? R::yellow : R::green,
-         "Cargo"},
+        {"/Users/me/.cargo/registry", true, C::packageManagers, R::green, "Cargo"},
         {"/Users/me/.cargo/bin", true, C::other, R::gray, std::nullopt},
         {"/Users/me/.rustup/toolchains", true, C::packageManagers, R::yellow, ".rustup"},
         {"/Users/me/.nvm", true, C::packageManagers, R::yellow, ".nvm"},
@@ -481,8 +482,8 @@ TEST(SpaceCatalogTest, LinuxCatalogueKnowsTheLinuxHomes) {
 }
 
 TEST(SpaceCatalogTest, LinuxRulesNeverOverrideTheSharedRules) {
-    const SpaceCatalog linux("/home/me", {"/home/me/.cache/work"}, SpaceCatalog::Platform::linuxOS);
-    expectAll(linux, {
+    const SpaceCatalog withRoot("/home/me", {"/home/me/.cache/work"}, SpaceCatalog::Platform::linuxOS);
+    expectAll(withRoot, {
         {"/home/me/.cache/work/src", true, C::projects, R::red, std::nullopt},  // project roots come first
         {"/home/me/.ssh", true, C::credentials, R::red, std::nullopt},
         {"/home/me/.npm", true, C::packageManagers, R::green, "npm"},
