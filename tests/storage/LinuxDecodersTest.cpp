@@ -1,0 +1,170 @@
+// The pure decoders of the Linux discovery, each on literal samples of the tools' output.
+#include "storage/LsblkParser.h"
+#include "storage/MountInfoEntry.h"
+#include "storage/SmartctlReport.h"
+#include "StorageTestSupport.h"
+
+#include "common/AtomicFile.h"
+
+#include <gtest/gtest.h>
+
+using namespace corvel;
+using namespace corvel::testing;
+
+TEST(LsblkParser, ReadsTypedOutputWithNestedDevices) {
+    const char* sample = R"({"blockdevices": [
+      {"name": "nvme0n1", "kname": "nvme0n1", "path": "/dev/nvme0n1", "maj:min": "259:0", "type": "disk",
+       "size": 1000204886016, "model": "Samsung SSD 980 PRO 1TB", "vendor": null, "tran": "nvme", "rota": false,
+       "rm": false, "hotplug": false, "ro": false, "phy-sec": 512, "pttype": "gpt", "mountpoints": [null],
+       "children": [
+         {"name": "nvme0n1p3", "kname": "nvme0n1p3", "path": "/dev/nvme0n1p3", "maj:min": "259:3", "type": "part",
+          "size": 998592708608, "fstype": "crypto_LUKS", "partuuid": "8d4a", "parttypename": "Linux filesystem",
+          "children": [
+            {"name": "root", "kname": "dm-0", "path": "/dev/mapper/root", "maj:min": "253:0", "type": "crypt",
+             "size": 998575931392, "fstype": "ext4", "uuid": "2b9e", "label": "  ", "mountpoints": ["/", "/srv"]}]}]},
+      {"kname": "nameless", "type": "disk"},
+      "not an object"
+    ]})";
+    auto devices = LsblkParser::parse(sample);
+    ASSERT_EQ(devices.size(), 1u);
+    const BlockDevice& disk = devices[0];
+    EXPECT_EQ(disk.name, "nvme0n1");
+    EXPECT_EQ(disk.majorMinor, "259:0");
+    EXPECT_EQ(disk.sizeBytes, 1000204886016);
+    EXPECT_EQ(disk.vendor, std::nullopt);
+    EXPECT_EQ(disk.transport, "nvme");
+    EXPECT_EQ(disk.isRotational, false);
+    EXPECT_EQ(disk.physicalSectorSize, 512);
+    EXPECT_TRUE(disk.mountPoints.empty());
+    ASSERT_EQ(disk.children.size(), 1u);
+    ASSERT_EQ(disk.children[0].children.size(), 1u);
+    const BlockDevice& root = disk.children[0].children[0];
+    EXPECT_EQ(root.kernelName, "dm-0");
+    EXPECT_EQ(root.path, "/dev/mapper/root");
+    EXPECT_EQ(root.type, "crypt");
+    EXPECT_EQ(root.label, std::nullopt);  // blank
+    EXPECT_EQ(root.mountPoints, (std::vector<std::string>{"/", "/srv"}));
+    EXPECT_EQ(Json(devices).get<std::vector<BlockDevice>>(), devices);
+}
+
+TEST(LsblkParser, ReadsOlderAllTextOutput) {
+    // util-linux before 2.37 quotes every value and has a single "mountpoint".
+    const char* sample = R"({"blockdevices": [
+      {"name": "sda", "maj:min": "8:0", "rm": "1", "size": "61530439680", "ro": "0", "type": "disk",
+       "mountpoint": null, "vendor": "SanDisk ", "model": "Ultra Fit       ", "tran": "usb", "rota": "1",
+       "hotplug": "1", "phy-sec": "512",
+       "children": [{"name": "sda1", "maj:min": "8:1", "size": "61529390080", "type": "part",
+                     "mountpoint": "/media/me/STICK", "fstype": "exfat"}]}]})";
+    auto devices = LsblkParser::parse(sample);
+    ASSERT_EQ(devices.size(), 1u);
+    EXPECT_EQ(devices[0].kernelName, "sda");
+    EXPECT_EQ(devices[0].path, "/dev/sda");
+    EXPECT_EQ(devices[0].sizeBytes, 61530439680);
+    EXPECT_EQ(devices[0].isRemovable, true);
+    EXPECT_EQ(devices[0].isRotational, true);
+    EXPECT_EQ(devices[0].vendor, "SanDisk");
+    EXPECT_EQ(devices[0].model, "Ultra Fit");
+    EXPECT_EQ(devices[0].physicalSectorSize, 512);
+    EXPECT_EQ(devices[0].children[0].mountPoints, std::vector<std::string>{"/media/me/STICK"});
+}
+
+TEST(LsblkParser, BadDocumentsNameTheInput) {
+    for (const char* bad : {"lsblk: unknown column", "[]", "{\"devices\": []}", "{\"blockdevices\": {}}"}) {
+        try {
+            LsblkParser::parse(bad);
+            ADD_FAILURE() << bad;
+        } catch (const DecodingError& error) {
+            EXPECT_NE(std::string(error.what()).find("lsblk output"), std::string::npos) << error.what();
+        }
+    }
+    // Odd values are absent, not errors.
+    auto devices = LsblkParser::parse(R"({"blockdevices": [{"name": "sdz", "size": "12x", "rota": "yes",
+                                          "phy-sec": -1, "children": "none"}]})");
+    ASSERT_EQ(devices.size(), 1u);
+    EXPECT_EQ(devices[0].sizeBytes, 0);
+    EXPECT_EQ(devices[0].isRotational, std::nullopt);
+    EXPECT_EQ(devices[0].physicalSectorSize, std::nullopt);
+    EXPECT_TRUE(devices[0].children.empty());
+}
+
+TEST(MountInfo, ParsesALineWithOptionalTags) {
+    auto entry = MountInfoEntry::parseLine(
+        "36 35 98:0 /mnt1 /mnt/parent rw,noatime master:1 shared:7 - ext3 /dev/root rw,errors=continue");
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->mountID, 36);
+    EXPECT_EQ(entry->parentID, 35);
+    EXPECT_EQ(entry->majorMinor, "98:0");
+    EXPECT_EQ(entry->root, "/mnt1");
+    EXPECT_EQ(entry->mountPoint, "/mnt/parent");
+    EXPECT_EQ(entry->mountOptions, (std::vector<std::string>{"rw", "noatime"}));
+    EXPECT_EQ(entry->fileSystemType, "ext3");
+    EXPECT_EQ(entry->source, "/dev/root");
+    EXPECT_EQ(entry->superOptions, (std::vector<std::string>{"rw", "errors=continue"}));
+    EXPECT_FALSE(entry->isReadOnly());
+    EXPECT_EQ(Json(*entry).get<MountInfoEntry>(), *entry);
+}
+
+TEST(MountInfo, UndoesEscapesInPaths) {
+    auto entry = MountInfoEntry::parseLine(
+        "112 28 8:17 / /media/me/USB\\040STICK\\011tab\\134back rw - exfat /dev/sdb1 rw");
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->mountPoint, "/media/me/USB STICK\ttab\\back");
+    EXPECT_EQ(MountInfoEntry::unescape("a\\04"), "a\\04");     // too short to be an escape
+    EXPECT_EQ(MountInfoEntry::unescape("a\\0x0b"), "a\\0x0b");  // not octal
+    EXPECT_EQ(MountInfoEntry::unescape("\\777"), "\\777");      // beyond a byte
+}
+
+TEST(MountInfo, ReadOnlyFromMountOrSuperOptions) {
+    EXPECT_TRUE(MountInfoEntry::parseLine("70 28 7:0 / /snap/x ro,nodev - squashfs /dev/loop0 ro")->isReadOnly());
+    EXPECT_TRUE(MountInfoEntry::parseLine("71 28 8:1 / /data rw - xfs /dev/sda1 ro,attr2")->isReadOnly());
+    EXPECT_FALSE(MountInfoEntry::parseLine("72 28 8:1 / /data rw,errors=ro - xfs /dev/sda1 rw")->isReadOnly());
+}
+
+TEST(MountInfo, MalformedLinesAreSkippedAndCounted) {
+    const std::string text =
+        "28 1 253:1 / / rw,relatime shared:1 - ext4 /dev/mapper/vg0-root rw\n"
+        "\n"
+        "garbage\n"
+        "29 28 0:6 / /sys rw\n"                                   // no separator
+        "30 28 x:y / /bad rw - tmpfs tmpfs rw\n"                  // device numbers
+        "31 28 0:7 / /short rw - tmpfs\n"                         // missing fields after the separator
+        "32 28 0:8 / /ok rw - tmpfs tmpfs rw";                    // no final newline
+    int skipped = -1;
+    auto entries = MountInfoEntry::parse(text, &skipped);
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].mountPoint, "/");
+    EXPECT_EQ(entries[1].mountPoint, "/ok");
+    EXPECT_EQ(skipped, 4);
+}
+
+TEST(SmartctlReport, NVMeVerdictAndHealthLog) {
+    auto text = AtomicFile::read(machineDirectory("linux-workstation") / "smartctl-nvme0n1.json");
+    ASSERT_TRUE(text);
+    SmartctlReport report = SmartctlReport::decode(*text);
+    EXPECT_EQ(report.smartStatus, SMARTStatus::verified);
+    ASSERT_TRUE(report.nvme);
+    EXPECT_EQ(report.nvme->temperatureCelsius, 41.0);
+    EXPECT_EQ(report.nvme->percentageUsed, 2);
+    EXPECT_EQ(report.nvme->availableSpare, 100);
+    EXPECT_EQ(report.nvme->availableSpareThreshold, 10);
+    EXPECT_EQ(report.nvme->dataUnitsWritten, 52367810);
+    EXPECT_EQ(report.nvme->dataUnitsRead, 38921734);
+    EXPECT_EQ(report.nvme->powerOnHours, 6213);
+    EXPECT_EQ(report.nvme->powerCycles, 1043);
+    EXPECT_EQ(report.nvme->unsafeShutdowns, 61);
+    EXPECT_EQ(report.nvme->mediaErrors, 0);
+    EXPECT_EQ(report.nvme->errorLogEntries, 0);
+}
+
+TEST(SmartctlReport, VerdictsAndFallbacks) {
+    EXPECT_EQ(SmartctlReport::decode(R"({"smart_status": {"passed": false}})").smartStatus, SMARTStatus::failing);
+    EXPECT_EQ(SmartctlReport::decode(R"({"smart_support": {"available": false}})").smartStatus,
+              SMARTStatus::notSupported);
+    EXPECT_EQ(SmartctlReport::decode(R"({"smart_support": {"available": true}})").smartStatus, SMARTStatus::unknown);
+    EXPECT_EQ(SmartctlReport::decode(R"({"smart_status": {"passed": "yes"}})").smartStatus, SMARTStatus::unknown);
+    EXPECT_EQ(SmartctlReport::decode("Permission denied"), SmartctlReport{});
+    EXPECT_EQ(SmartctlReport::decode("[1, 2]"), SmartctlReport{});
+    auto sata = SmartctlReport::decode(R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {}})");
+    EXPECT_EQ(sata.smartStatus, SMARTStatus::verified);
+    EXPECT_EQ(sata.nvme, std::nullopt);
+}

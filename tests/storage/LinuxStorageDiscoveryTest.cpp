@@ -1,0 +1,319 @@
+#include "storage/LinuxBlockDevices.h"
+#include "storage/LinuxStorageDiscovery.h"
+#include "storage/LsblkClient.h"
+#include "storage/LsblkParser.h"
+#include "storage/RecordedMountTable.h"
+#include "storage/SmartctlClient.h"
+#include "StorageTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace corvel;
+using namespace corvel::testing;
+
+namespace {
+
+const TimePoint now = *ISO8601::parse("2026-11-04T14:20:00Z");
+
+class FakeMountTable : public MountTableReading {
+public:
+    std::string text;
+    bool readable = true;
+    std::map<std::string, StatvfsFigures> figures;
+
+    std::string mountInfo() override {
+        if (!readable) throw std::runtime_error("cannot open /proc/self/mountinfo");
+        return text;
+    }
+    StatvfsFigures statvfs(const std::string& mountPoint) override {
+        auto it = figures.find(mountPoint);
+        if (it == figures.end()) throw std::runtime_error(mountPoint + ": Stale file handle");
+        return it->second;
+    }
+};
+
+// A laptop: NVMe with a crypt layer and LVM, a USB disk, plus the virtual devices lsblk also lists.
+const char* lsblk = R"({"blockdevices": [
+  {"name": "loop0", "kname": "loop0", "maj:min": "7:0", "type": "loop", "size": 77844480},
+  {"name": "zram0", "kname": "zram0", "maj:min": "252:0", "type": "disk", "size": 8589934592},
+  {"name": "ram0", "kname": "ram0", "maj:min": "1:0", "type": "disk", "size": 4194304},
+  {"name": "sr0", "kname": "sr0", "maj:min": "11:0", "type": "rom", "size": 1073741312},
+  {"name": "sdb", "kname": "sdb", "path": "/dev/sdb", "maj:min": "8:16", "type": "disk", "size": 2000398934016,
+   "vendor": "WD      ", "model": "Elements 25A3", "tran": "usb", "rota": true, "rm": false, "hotplug": true,
+   "pttype": "gpt", "phy-sec": 4096,
+   "children": [{"name": "sdb1", "kname": "sdb1", "path": "/dev/sdb1", "maj:min": "8:17", "type": "part",
+                 "size": 2000397795328, "fstype": "ntfs", "label": "Elements", "uuid": "5A1C3E", "partuuid": "p-sdb1",
+                 "parttypename": "Microsoft basic data"}]},
+  {"name": "nvme0n1", "kname": "nvme0n1", "path": "/dev/nvme0n1", "maj:min": "259:0", "type": "disk",
+   "size": 512110190592, "vendor": null, "model": "WDC PC SN730", "tran": "nvme", "rota": false, "rm": false,
+   "hotplug": false, "pttype": "gpt", "phy-sec": 512,
+   "children": [
+     {"name": "nvme0n1p1", "kname": "nvme0n1p1", "path": "/dev/nvme0n1p1", "maj:min": "259:1", "type": "part",
+      "size": 536870912, "fstype": "vfat", "uuid": "4A1E-9C2B", "partuuid": "p1", "parttypename": "EFI System"},
+     {"name": "nvme0n1p2", "kname": "nvme0n1p2", "path": "/dev/nvme0n1p2", "maj:min": "259:2", "type": "part",
+      "size": 511571222528, "fstype": "crypto_LUKS", "uuid": "luks", "partuuid": "p2",
+      "children": [
+        {"name": "cryptroot", "kname": "dm-0", "path": "/dev/mapper/cryptroot", "maj:min": "253:0", "type": "crypt",
+         "size": 511554445312, "fstype": "LVM2_member",
+         "children": [
+           {"name": "vg-root", "kname": "dm-1", "path": "/dev/mapper/vg-root", "maj:min": "253:1", "type": "lvm",
+            "size": 100000000000, "fstype": "btrfs", "uuid": "root-uuid", "label": "system"}]}]}]}
+]})";
+
+const char* mountinfo =
+    "22 28 0:21 / /sys rw,nosuid - sysfs sysfs rw\n"
+    "26 28 0:24 / /run rw,nosuid - tmpfs tmpfs rw\n"
+    "28 1 0:30 /@ / rw,relatime - btrfs /dev/mapper/vg-root rw,subvol=/@\n"
+    "31 28 0:30 /@home /home rw,relatime - btrfs /dev/mapper/vg-root rw,subvol=/@home\n"
+    "33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw\n"
+    "40 28 7:0 / /snap/core/1 ro - squashfs /dev/loop0 ro\n"
+    "44 28 8:17 / /media/me/Elements rw,nosuid - fuseblk /dev/sdb1 rw,user_id=0\n"
+    "50 28 0:48 / /mnt/share rw - cifs //nas/share rw\n"
+    "52 28 0:49 / /mnt/old rw - nfs nas:/old rw\n"
+    "60 28 0:60 / /var/lib/docker/overlay2/x/merged rw - overlay overlay rw\n";
+
+struct Laptop {
+    ScriptedRunner runner;
+    FakeMountTable table;
+
+    Laptop() {
+        runner.answer(LsblkClient::executable, {"-J", "-b", "-O"}, lsblk);
+        runner.answer(SmartctlClient::executable, {"-j", "-a", "/dev/nvme0n1"},
+                      R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {"percentage_used": 9}})");
+        runner.fail(SmartctlClient::executable, {"-j", "-a", "/dev/sdb"},
+                    CommandError::failed(2, R"({"smartctl": {"exit_status": 2}})"));
+        table.text = mountinfo;
+        table.figures = {{"/", {100000000000, 30000000000, 25000000000}},
+                         {"/boot/efi", {535805952, 529817600, 529817600}},
+                         {"/media/me/Elements", {2000397795328, 1000000000000, 1000000000000}},
+                         {"/mnt/share", {8000000000000, 2000000000000, 2000000000000}}};
+    }
+
+    StorageSnapshot snapshot() { return LinuxStorageDiscovery(runner, table).snapshot(now); }
+};
+
+std::vector<std::string> mountPoints(const StorageSnapshot& snapshot) {
+    std::vector<std::string> result;
+    for (const auto& volume : snapshot.volumes) result.push_back(volume.mountPoint);
+    return result;
+}
+
+}  // namespace
+
+TEST(LinuxBlockDevices, WholeDisksOnly) {
+    auto devices = LsblkParser::parse(lsblk);
+    std::vector<std::string> disks;
+    for (const auto& device : devices) {
+        if (LinuxBlockDevices::isPhysicalDisk(device)) disks.push_back(device.kernelName);
+    }
+    EXPECT_EQ(disks, (std::vector<std::string>{"sdb", "nvme0n1"}));
+}
+
+TEST(LinuxBlockDevices, DiskRecordFromLsblk) {
+    auto devices = LsblkParser::parse(lsblk);
+    PhysicalDisk usb = LinuxBlockDevices::makePhysicalDisk(devices[4]);
+    EXPECT_EQ(usb.id, "sdb");
+    EXPECT_EQ(usb.mediaName, "WD Elements 25A3");
+    EXPECT_EQ(usb.sizeBytes, 2000398934016);
+    EXPECT_EQ(usb.busProtocol, "USB");
+    EXPECT_FALSE(usb.isInternal);
+    EXPECT_TRUE(usb.isEjectable);
+    EXPECT_EQ(usb.isSolidState, false);
+    EXPECT_EQ(usb.partitionScheme, "GPT");
+    EXPECT_EQ(usb.blockSize, 4096);
+    EXPECT_EQ(usb.connectionLabel(), "External · USB");
+    ASSERT_EQ(usb.partitions.size(), 1u);
+    EXPECT_EQ(usb.partitions[0], (Partition{"sdb1", "Microsoft basic data", 2000397795328, "Elements", "p-sdb1"}));
+
+    PhysicalDisk nvme = LinuxBlockDevices::makePhysicalDisk(devices[5]);
+    EXPECT_EQ(nvme.mediaName, "WDC PC SN730");
+    EXPECT_TRUE(nvme.isInternal);
+    EXPECT_EQ(nvme.isSolidState, true);
+    EXPECT_EQ(nvme.connectionLabel(), "Internal · NVMe");
+    EXPECT_EQ(nvme.partitions.size(), 2u);  // the crypt mapping under p2 is not a partition
+}
+
+TEST(LinuxBlockDevices, NamesAndBuses) {
+    BlockDevice device;
+    device.kernelName = "sda";
+    device.vendor = "ATA";
+    device.model = "Samsung SSD 870";
+    EXPECT_EQ(LinuxBlockDevices::makePhysicalDisk(device).mediaName, "Samsung SSD 870");  // bus, not a maker
+    device.vendor = "Samsung";
+    EXPECT_EQ(LinuxBlockDevices::makePhysicalDisk(device).mediaName, "Samsung SSD 870");  // not repeated
+    device.vendor = "0x1af4";
+    device.model.reset();
+    EXPECT_EQ(LinuxBlockDevices::makePhysicalDisk(device).displayName(), "sda");
+    device.subsystems = "block:virtio:pci";
+    EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "VirtIO");
+    device.transport = "spi";
+    EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "SPI");
+    device.transport = "ieee1394";
+    EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "IEEE1394");
+    device.isRemovable = true;  // an SD card reader: removable medium, not part of the machine
+    device.transport = "mmc";
+    EXPECT_FALSE(LinuxBlockDevices::makePhysicalDisk(device).isInternal);
+}
+
+TEST(LinuxBlockDevices, LocateWalksTheStackToTheWholeDisk) {
+    auto devices = LsblkParser::parse(lsblk);
+    auto byNumbers = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
+                                                           "33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw"));
+    ASSERT_TRUE(byNumbers);
+    EXPECT_EQ(byNumbers->top().kernelName, "nvme0n1");
+    EXPECT_EQ(byNumbers->device().kernelName, "nvme0n1p1");
+    EXPECT_FALSE(byNumbers->hasCryptLayer());
+
+    // btrfs hides its device numbers; the source path finds it.
+    auto btrfs = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
+                                                        "28 1 0:30 /@ / rw - btrfs /dev/mapper/vg-root rw"));
+    ASSERT_TRUE(btrfs);
+    EXPECT_EQ(btrfs->chain.size(), 4u);
+    EXPECT_EQ(btrfs->top().kernelName, "nvme0n1");
+    EXPECT_TRUE(btrfs->hasCryptLayer());
+
+    auto byUUID = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
+                                                         "33 28 0:99 / /efi rw - vfat /dev/disk/by-uuid/4A1E-9C2B rw"));
+    ASSERT_TRUE(byUUID);
+    EXPECT_EQ(byUUID->device().kernelName, "nvme0n1p1");
+    auto byLabel = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
+                                                          "34 28 0:98 / /x rw - ntfs3 /dev/disk/by-label/Elements rw"));
+    ASSERT_TRUE(byLabel);
+    EXPECT_EQ(byLabel->top().kernelName, "sdb");
+
+    EXPECT_FALSE(LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine("50 28 0:48 / /m rw - cifs //nas/s rw")));
+    EXPECT_FALSE(LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
+                                                        "51 28 0:47 / /n rw - ext4 /dev/disk/by-uuid/missing rw")));
+}
+
+TEST(LinuxStorageDiscoverySelect, RealFileSystemsEachOnce) {
+    auto selected = LinuxStorageDiscovery::selectMounts(MountInfoEntry::parse(
+        "65 28 8:1 / /data rw - xfs /dev/sda1 rw\n"
+        "95 63 8:1 /projects /home/me/projects rw - xfs /dev/sda1 rw\n"
+        "96 28 8:2 /sub /bind-first rw - ext4 /dev/sda2 rw\n"
+        "97 28 8:2 / /whole-later rw - ext4 /dev/sda2 rw\n"
+        "98 28 0:20 / /run tmpfs rw - tmpfs tmpfs rw\n"
+        "28 1 0:19 / / rw - overlay overlay rw\n"));
+    std::vector<std::string> points;
+    for (const auto& mount : selected) points.push_back(mount.mountPoint);
+    // The bind mount collapses onto /data; a later mount of the whole file system replaces an
+    // earlier view of a sub-directory; an overlay root is still the root.
+    EXPECT_EQ(points, (std::vector<std::string>{"/data", "/whole-later", "/"}));
+    EXPECT_TRUE(LinuxStorageDiscovery::isNetworkFileSystem("nfs4"));
+    EXPECT_TRUE(LinuxStorageDiscovery::isNetworkFileSystem("fuse.sshfs"));
+    EXPECT_FALSE(LinuxStorageDiscovery::isNetworkFileSystem("ext4"));
+    EXPECT_EQ(LinuxStorageDiscovery::supportsCaseSensitiveNames("exfat"), false);
+    EXPECT_EQ(LinuxStorageDiscovery::supportsCaseSensitiveNames("xfs"), true);
+    EXPECT_EQ(LinuxStorageDiscovery::supportsCaseSensitiveNames("ntfs"), std::nullopt);
+}
+
+TEST(LinuxStorageDiscoverySnapshot, DisksVolumesAndTheirJoin) {
+    Laptop laptop;
+    StorageSnapshot snapshot = laptop.snapshot();
+    EXPECT_EQ(snapshot.capturedAt, now);
+    ASSERT_EQ(snapshot.disks.size(), 2u);
+    EXPECT_EQ(snapshot.disks[0].id, "nvme0n1");  // internal first
+    EXPECT_EQ(snapshot.disks[0].smartStatus, SMARTStatus::verified);
+    ASSERT_TRUE(snapshot.disks[0].nvme);
+    EXPECT_EQ(snapshot.disks[0].nvme->percentageUsed, 9);
+    EXPECT_EQ(snapshot.disks[1].id, "sdb");
+    EXPECT_EQ(snapshot.disks[1].smartStatus, SMARTStatus::unknown);  // smartctl failed: unknown, no warning
+
+    EXPECT_EQ(mountPoints(snapshot),
+              (std::vector<std::string>{"/", "/media/me/Elements", "/boot/efi", "/mnt/old", "/mnt/share"}));
+    const StorageVolume& root = snapshot.volumes[0];
+    EXPECT_EQ(root.id, "root-uuid");
+    EXPECT_EQ(root.name, "system");
+    EXPECT_EQ(root.bsdName, "dm-1");
+    EXPECT_EQ(root.fileSystemType, "btrfs");
+    EXPECT_EQ(root.physicalDiskID, "nvme0n1");
+    EXPECT_EQ(root.isEncrypted, true);
+    EXPECT_TRUE(root.isBootVolume);
+    EXPECT_TRUE(root.isInternal);
+    EXPECT_EQ(root.busProtocol, "NVMe");
+    EXPECT_EQ(root.availableBytes, 25000000000);  // what a user may write, not the root reserve
+
+    auto elements = snapshot.volume("5A1C3E");
+    ASSERT_TRUE(elements);
+    EXPECT_EQ(elements->fileSystemType, "ntfs");  // fuseblk resolved through lsblk
+    EXPECT_EQ(elements->physicalDiskID, "sdb");
+    EXPECT_TRUE(elements->isEjectable);
+    EXPECT_EQ(elements->isEncrypted, false);
+
+    auto share = snapshot.volume("/mnt/share");
+    ASSERT_TRUE(share);
+    EXPECT_TRUE(share->isNetwork);
+    EXPECT_EQ(share->physicalDiskID, std::nullopt);
+    EXPECT_EQ(share->isEncrypted, std::nullopt);
+    EXPECT_EQ(share->name, "share");
+
+    // /home is the same btrfs file system as /; /mnt/old could not be measured.
+    ASSERT_EQ(snapshot.warnings.size(), 1u);
+    EXPECT_EQ(snapshot.warnings[0], "Could not read the capacity of /mnt/old: /mnt/old: Stale file handle");
+    EXPECT_EQ(snapshot.volume("/mnt/old")->totalBytes, 0);
+}
+
+TEST(LinuxStorageDiscoverySnapshot, NothingReadableStillGivesASnapshot) {
+    ScriptedRunner runner;
+    FakeMountTable table;
+    table.readable = false;
+    StorageSnapshot snapshot = LinuxStorageDiscovery(runner, table).snapshot(now);
+    EXPECT_TRUE(snapshot.disks.empty());
+    EXPECT_TRUE(snapshot.volumes.empty());
+    EXPECT_EQ(snapshot.warnings,
+              (std::vector<std::string>{
+                  "Could not list physical disks: Could not launch command: No such file or directory",
+                  "Could not list mounted volumes: cannot open /proc/self/mountinfo"}));
+
+    runner.answer(LsblkClient::executable, {"-J", "-b", "-O"}, "lsblk: not JSON");
+    table.readable = true;
+    table.text = "28 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
+    table.figures["/"] = {10, 5, 4};
+    snapshot = LinuxStorageDiscovery(runner, table).snapshot(now);
+    ASSERT_EQ(snapshot.warnings.size(), 1u);
+    EXPECT_EQ(snapshot.warnings[0].rfind("Could not list physical disks: lsblk output: not valid JSON", 0), 0u)
+        << snapshot.warnings[0];
+    ASSERT_EQ(snapshot.volumes.size(), 1u);
+    EXPECT_EQ(snapshot.volumes[0].name, "Root");
+    EXPECT_EQ(snapshot.volumes[0].physicalDiskID, std::nullopt);
+}
+
+TEST(LinuxStorageDiscoverySnapshot, SmartctlIsAskedReadOnlyAndOnlyAboutDisks) {
+    Laptop laptop;
+    laptop.snapshot();
+    std::vector<std::vector<std::string>> smartCalls;
+    for (const auto& [executable, arguments] : laptop.runner.calls) {
+        if (executable == SmartctlClient::executable) smartCalls.push_back(arguments);
+    }
+    EXPECT_EQ(smartCalls, (std::vector<std::vector<std::string>>{{"-j", "-a", "/dev/sdb"}, {"-j", "-a", "/dev/nvme0n1"}}));
+    EXPECT_FALSE(SmartctlClient::policy().permits({"-s", "on", "/dev/sda"}));
+    EXPECT_FALSE(SmartctlClient::policy().permits({"-t", "long", "/dev/sda"}));
+    EXPECT_EQ(SmartctlClient{laptop.runner}.report("-d sat /dev/sda"), SmartctlReport{});
+}
+
+TEST(RecordedMountTable, ReplaysTextOrLinesAndRejectsBadShapes) {
+    Json document = {{"mountinfo", {"28 1 8:1 / / rw - ext4 /dev/sda1 rw", "29 28 8:2 / /home rw - ext4 /dev/sda2 rw"}},
+                     {"statvfs", {{"/", {{"totalBytes", 10}, {"freeBytes", 6}, {"availableBytes", 5}}}}}};
+    RecordedMountTable table(document);
+    EXPECT_EQ(MountInfoEntry::parse(table.mountInfo()).size(), 2u);
+    EXPECT_EQ(table.statvfs("/"), (StatvfsFigures{10, 6, 5}));
+    EXPECT_THROW(table.statvfs("/home"), std::runtime_error);
+
+    RecordedMountTable asText(Json{{"mountinfo", "28 1 8:1 / / rw - ext4 /dev/sda1 rw\n"}});
+    EXPECT_EQ(MountInfoEntry::parse(asText.mountInfo()).size(), 1u);
+
+    RecordedMountTable missing(Json::object());
+    EXPECT_THROW(missing.mountInfo(), std::runtime_error);
+
+    RecordedMountTable wrong(Json{{"mountinfo", 5}});
+    try {
+        wrong.mountInfo();
+        FAIL() << "expected the decoding problem";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find("mountinfo"), std::string::npos);
+    }
+    RecordedMountTable badFigures(Json{{"mountinfo", ""}, {"statvfs", {{"/", {{"totalBytes", "ten"}}}}}});
+    EXPECT_THROW(badFigures.mountInfo(), std::runtime_error);
+}

@@ -1,0 +1,65 @@
+#include "storage/VolumeResourceValues.h"
+
+#include <gtest/gtest.h>
+
+using namespace corvel;
+
+TEST(VolumeResourceValues, HiddenVolumesAreDroppedExceptTheRoot) {
+    VolumeResourceValues values;
+    values.isBrowsable = false;
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/System/Volumes/VM", values), std::nullopt);
+    values.isRootFileSystem = true;
+    EXPECT_TRUE(VolumeResourceValues::makeRecord("/System/Volumes/VM", values));
+    values.isRootFileSystem.reset();
+    // Unreported root flag: the path decides.
+    auto root = VolumeResourceValues::makeRecord("/", values);
+    ASSERT_TRUE(root);
+    EXPECT_TRUE(root->isRootFileSystem);
+    values.isRootFileSystem = false;
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/", values), std::nullopt);  // the reported value wins
+    values.isBrowsable.reset();
+    EXPECT_TRUE(VolumeResourceValues::makeRecord("/Volumes/X", values));    // unknown counts as browsable
+}
+
+TEST(VolumeResourceValues, NamePrefersTheLocalizedName) {
+    VolumeResourceValues values;
+    values.volumeName = "Untitled";
+    values.localizedName = "Sans titre";
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/Volumes/Untitled", values)->name, "Sans titre");
+    values.localizedName.reset();
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/Volumes/Untitled", values)->name, "Untitled");
+    values.volumeName.reset();
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/Volumes/Backup 2", values)->name, "Backup 2");
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/", values)->name, "/");
+}
+
+TEST(VolumeResourceValues, ValuesPassThroughAsReported) {
+    VolumeResourceValues values;
+    values.totalCapacity = 1000;
+    values.availableCapacity = 100;
+    values.availableCapacityForImportantUsage = 300;
+    values.isInternal = false;
+    values.isEjectable = true;
+    values.isLocal = false;
+    values.isReadOnly = true;
+    values.typeName = "smbfs";
+    values.supportsCaseSensitiveNames = false;
+    auto record = VolumeResourceValues::makeRecord("/Volumes/media", values);
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->totalBytes, 1000);
+    EXPECT_EQ(record->effectiveAvailableBytes(), 300);
+    EXPECT_EQ(record->isInternal, false);
+    EXPECT_EQ(record->isEjectable, true);
+    EXPECT_EQ(record->isRemovable, std::nullopt);
+    EXPECT_FALSE(record->isLocal);
+    EXPECT_TRUE(record->isReadOnly);
+    EXPECT_EQ(record->typeName, "smbfs");
+    EXPECT_EQ(record->uuid, std::nullopt);
+    EXPECT_EQ(record->supportsCaseSensitiveNames, false);
+
+    auto sparse = VolumeResourceValues::makeRecord("/Volumes/Odd", VolumeResourceValues{});
+    ASSERT_TRUE(sparse);
+    EXPECT_EQ(sparse->totalBytes, 0);
+    EXPECT_TRUE(sparse->isLocal);  // unknown locality is treated as local
+    EXPECT_FALSE(sparse->isReadOnly);
+}
