@@ -2,7 +2,8 @@
 // Hard links and clones of one another are never listed as duplicates, since removing them would
 // free nothing.
 //
-//   {"fileBytes": 20971520, "contentHash": "9f86…", "paths": ["/a/x.dmg", "/b/x.dmg"]}
+//   {"logicalBytes": 20971520, "allocatedBytes": 20975616, "contentHash": "9f86…",
+//    "paths": ["/a/x.dmg", "/b/x.dmg"]}
 #pragma once
 
 #include "common/Json.h"
@@ -14,7 +15,8 @@
 namespace corvel {
 
 struct DuplicateGroup {
-    std::int64_t fileBytes = 0;   // allocated size of one copy
+    std::int64_t logicalBytes = 0;    // length of each copy
+    std::int64_t allocatedBytes = 0;  // the smallest allocation among the copies
     std::string contentHash;      // SHA-256 of the contents, lower-case hex
     std::vector<std::string> paths;  // sorted
 

@@ -48,8 +48,8 @@ struct CloneFacts {
     std::int64_t firstPhysicalOffset = -1;  // -1 when the file has no placed extent
 };
 
-// A handle (file descriptor) on a directory, or -1 with `error` set. Neither follows a final
-// symbolic link.
+// A handle (file descriptor) on a directory, or -1 with `error` set. openDirectory follows a
+// final symbolic link (the root is what the person named); openDirectoryAt never does.
 int openDirectory(const std::string& path, int& error);
 int openDirectoryAt(int directory, const char* name, int& error);
 void close(int handle);

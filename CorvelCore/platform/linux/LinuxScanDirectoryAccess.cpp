@@ -43,7 +43,7 @@ void fill(const struct stat& st, Status& out) {
 }  // namespace
 
 int openDirectory(const std::string& path, int& error) {
-    const int fd = ::open(path.c_str(), directoryFlags);
+    const int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) error = errno;
     return fd;
 }

@@ -1,0 +1,81 @@
+// Duplicate candidates: what may be compared at all, and what the contents decide.
+#include "FootprintTestFolder.h"
+#include "space/DuplicateFinder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace corvel {
+namespace {
+
+using DuplicateFinder::Candidate;
+using spacetest::FootprintTestFolder;
+
+Candidate candidate(const std::string& path, std::int64_t length, std::uint64_t inode, std::int64_t physical = -1) {
+    return {path, length, length, 1, inode, physical};
+}
+
+Candidate onDisk(const FootprintTestFolder& folder, const std::string& relative) {
+    struct stat st {};
+    const std::string path = folder.path(relative);
+    if (::stat(path.c_str(), &st) != 0) throw std::runtime_error("stat " + path);
+    return {path, st.st_size, st.st_blocks * 512, st.st_dev, st.st_ino, -1};
+}
+
+TEST(DuplicateFinderGroups, OnlyEqualLengthsWithDistinctInodesAndCloneFamiliesAreCompared) {
+    const auto groups = DuplicateFinder::sameLengthGroups({
+        candidate("/a", 100, 1),
+        candidate("/a-hard-link", 100, 1),  // same inode: one file
+        candidate("/b", 100, 2),
+        candidate("/lonely", 50, 3),
+        candidate("/clone-1", 700, 4, 8192),
+        candidate("/clone-2", 700, 5, 8192),  // shares its first block with clone-1
+        candidate("/big-1", 900, 6),
+        candidate("/big-2", 900, 7),
+    });
+    ASSERT_EQ(groups.size(), 2u);
+    EXPECT_EQ(groups[0].size(), 2u);
+    EXPECT_EQ(groups[0][0].path, "/big-1");  // largest length first
+    ASSERT_EQ(groups[1].size(), 2u);
+    EXPECT_EQ(groups[1][0].path, "/a");
+    EXPECT_EQ(groups[1][1].path, "/b");
+}
+
+TEST(DuplicateFinderContents, SameContentIsADuplicateAndADifferentTailIsNot) {
+    FootprintTestFolder folder;
+    const std::string content(300'000, 'c');
+    std::string tail = content;
+    tail[299'999] = 'T';
+    folder.write("first", content);
+    folder.write("second", content);
+    folder.write("same-start-other-tail", tail);
+    folder.write("small-1", "hello");
+    folder.write("small-2", "hello");
+    folder.write("small-3", "world");
+    std::vector<Candidate> all{onDisk(folder, "first"), onDisk(folder, "second"), onDisk(folder, "same-start-other-tail"),
+                               onDisk(folder, "small-1"), onDisk(folder, "small-2"), onDisk(folder, "small-3")};
+    const auto groups = DuplicateFinder::find(all, 3, [] { return false; });
+    ASSERT_EQ(groups.size(), 2u);
+    EXPECT_EQ(groups[0].paths, (std::vector<std::string>{folder.path("first"), folder.path("second")}));
+    EXPECT_EQ(groups[0].contentHash, DuplicateFinder::digest(folder.path("first"), -1));
+    EXPECT_EQ(groups[0].reclaimableBytes(), groups[0].allocatedBytes);
+    EXPECT_EQ(groups[1].paths, (std::vector<std::string>{folder.path("small-1"), folder.path("small-2")}));
+    // SHA-256("hello")
+    EXPECT_EQ(groups[1].contentHash, "2cf24dba5fb0a30e26e83b2ac5b9e29e1b161e5c1fa7425e73043362938b9824");
+}
+
+TEST(DuplicateFinderContents, UnreadableFilesDropOutAndCancellingFindsNothing) {
+    FootprintTestFolder folder;
+    folder.write("x", "same");
+    folder.write("y", "same");
+    auto gone = onDisk(folder, "y");
+    gone.path = folder.path("deleted-meanwhile");
+    EXPECT_TRUE(DuplicateFinder::find({onDisk(folder, "x"), gone}, 2, [] { return false; }).empty());
+    EXPECT_TRUE(DuplicateFinder::find({onDisk(folder, "x"), onDisk(folder, "y")}, 2, [] { return true; }).empty());
+    EXPECT_FALSE(DuplicateFinder::digest(folder.path("deleted-meanwhile"), -1).has_value());
+    EXPECT_EQ(DuplicateFinder::digest(folder.path("x"), 2), DuplicateFinder::digest(folder.path("y"), 2));
+}
+
+}  // namespace
+}  // namespace corvel
