@@ -347,9 +347,10 @@ bool isDatabaseDirectory(std::string_view name) {
                        [&](std::string_view prefix) { return startsWithIgnoringASCIICase(name, prefix); });
 }
 
-template <class... Names>
-bool isAnyOf(std::string_view text, Names... names) {
-    return ((text == names) || ...);
+// Literal names keep their length, so the tests compare sizes first and never count characters.
+template <std::size_t... Sizes>
+bool isAnyOf(std::string_view text, const char (&... names)[Sizes]) {
+    return ((text == std::string_view(names, Sizes - 1)) || ...);
 }
 
 // The last component, or the whole path when it has none ("/", "").
@@ -367,6 +368,17 @@ std::string_view lastComponent(std::string_view path) {
 struct SpaceCatalogRules {
     const SpaceCatalog& catalog;
     std::string_view path;  // as passed in: owner ranges are offsets into it
+    // joinedStartsWith, answered by a plain prefix test where that is certain: the text and its
+    // joined components agree up to the first "//", and no tested prefix ends with "/".
+    static bool startsWithJoined(std::string_view text, std::string_view prefix) {
+        const auto start = text.find_first_not_of('/');
+        if (start == std::string_view::npos) return prefix.empty();
+        text.remove_prefix(start);
+        if (prefix.empty() || text.starts_with(prefix)) return true;
+        if (text.front() != prefix.front()) return false;
+        if (text.substr(0, prefix.size()).find("//") == std::string_view::npos) return false;
+        return joinedStartsWith(text, prefix);
+    }
 
     SpaceVerdict make(std::uint16_t rule, std::string_view owner = {}) const {
         const auto& classification = catalog.rules_[rule];
@@ -447,11 +459,11 @@ struct SpaceCatalogRules {
 
     // `rest` is what follows the home folder's "Library/Developer".
     std::optional<SpaceVerdict> classifyDeveloper(std::string_view rest) const {
-        if (joinedStartsWith(rest, "Xcode/DerivedData")) return make(Rule::developerDerivedData);
-        if (joinedStartsWith(rest, "Xcode/Archives")) return make(Rule::developerArchives);
-        if (joinedStartsWith(rest, "Xcode/iOS DeviceSupport") || joinedStartsWith(rest, "Xcode/watchOS DeviceSupport"))
+        if (startsWithJoined(rest, "Xcode/DerivedData")) return make(Rule::developerDerivedData);
+        if (startsWithJoined(rest, "Xcode/Archives")) return make(Rule::developerArchives);
+        if (startsWithJoined(rest, "Xcode/iOS DeviceSupport") || startsWithJoined(rest, "Xcode/watchOS DeviceSupport"))
             return make(Rule::developerDeviceSupport);
-        if (joinedStartsWith(rest, "CoreSimulator")) return make(Rule::developerCoreSimulator);
+        if (startsWithJoined(rest, "CoreSimulator")) return make(Rule::developerCoreSimulator);
         return make(Rule::developerOther);
     }
 
@@ -466,7 +478,7 @@ struct SpaceCatalogRules {
         const auto first = components.take();
         if (first.empty()) return std::nullopt;
 
-        if (joinedStartsWith(text, "opt/homebrew/var") || joinedStartsWith(text, "usr/local/var")) {
+        if (startsWithJoined(text, "opt/homebrew/var") || startsWithJoined(text, "usr/local/var")) {
             Components all{text};
             std::string_view component;
             while (all.next(component))
@@ -478,21 +490,21 @@ struct SpaceCatalogRules {
         const auto second = components.take();
         if (first == "Applications") return make(Rule::systemApplications, second);
         if (first == "opt" &&
-            (joinedStartsWith(text, "opt/homebrew/Cellar") || joinedStartsWith(text, "opt/homebrew/Caskroom")))
+            (startsWithJoined(text, "opt/homebrew/Cellar") || startsWithJoined(text, "opt/homebrew/Caskroom")))
             return make(Rule::systemHomebrewCellar);
         if (first == "opt" || first == "usr") return make(Rule::systemPackagePrefix);
         if (first == "private") {
-            if (joinedStartsWith(text, "private/tmp")) return make(Rule::systemPrivateTmp);
+            if (startsWithJoined(text, "private/tmp")) return make(Rule::systemPrivateTmp);
             // The name holds no "/", so it lies inside one component whether or not "//" occurs.
             if (text.find("com.google.Chrome.code_sign_clone") != std::string_view::npos)
                 return make(Rule::systemChromeClones);
-            if (joinedStartsWith(text, "private/var/vm")) return make(Rule::systemSwap);
-            if (joinedStartsWith(text, "private/var/folders")) return make(Rule::systemVarFolders);
+            if (startsWithJoined(text, "private/var/vm")) return make(Rule::systemSwap);
+            if (startsWithJoined(text, "private/var/folders")) return make(Rule::systemVarFolders);
             return make(Rule::systemPrivate);
         }
         if (first == "System") return make(Rule::systemSystem);
         if (first == "Library") {
-            if (joinedStartsWith(text, "Library/Developer/CoreSimulator")) return make(Rule::systemSimulatorRuntimes);
+            if (startsWithJoined(text, "Library/Developer/CoreSimulator")) return make(Rule::systemSimulatorRuntimes);
             return make(Rule::systemLibrary);
         }
         return std::nullopt;
@@ -574,7 +586,8 @@ SpaceVerdict SpaceCatalog::verdict(std::string_view path, bool isDirectory) cons
     std::string_view normalised = path;
     constexpr std::string_view firmlink = "/System/Volumes/Data/";
     if (normalised.starts_with(firmlink)) normalised.remove_prefix(firmlink.size() - 1);
-    const auto name = lastComponent(normalised);
+    // Name rules apply to folders only, so files skip finding the name.
+    const auto name = isDirectory ? lastComponent(normalised) : std::string_view{};
 
     for (std::size_t i = 0; i < projectRoots_.size(); ++i) {
         if (normalised != projectRoots_[i] && !normalised.starts_with(rootPrefixes_[i])) continue;

@@ -437,6 +437,33 @@ TEST(SpaceCatalogTest, PrivateFoldersInRuleOrder) {
               "frees little.");
 }
 
+// Rules compare the path's components joined with "/", so repeated and trailing slashes change
+// nothing; and a tested prefix is plain text, so it may end inside a component.
+TEST(SpaceCatalogTest, SlashesDoNotMatterAndPrefixesAreText) {
+    expectAll(macCatalog(), {
+        {"/opt//homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
+        {"/opt/homebrew//Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
+        {"/opt/homebrew/Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
+        {"/opt/homebrew//var//postgresql@16/", true, C::databases, R::red, "Homebrew service"},
+        {"/opt/homebrew/variant/mysql", true, C::databases, R::red, "Homebrew service"},
+        {"/private//var/folders/x", true, C::system, R::gray, "macOS"},
+        {"/private/var/folder", true, C::system, R::red, "macOS"},
+        {"/private/tmp//", true, C::temporary, R::gray, std::nullopt},
+        {"/private//tmp", true, C::temporary, R::gray, std::nullopt},
+        {"/private/tmpfoo", true, C::temporary, R::gray, std::nullopt},
+        {"/private/tm", true, C::system, R::red, "macOS"},
+        {"/Library//Developer/CoreSimulator", true, C::simulators, R::yellow, "Xcode"},
+        {"/Users/me/Library//Caches//com.apple.Safari/", true, C::caches, R::green, "Safari"},
+        {"/Users/me//.ssh", true, C::credentials, R::red, std::nullopt},
+        {"/Users/me/Library/Developer/Xcode//Archives", true, C::xcode, R::yellow, "Xcode"},
+        {"/Users/me/Library/Developer/Xcode/Archive", true, C::xcode, R::gray, "Xcode"},
+    });
+    expectAll(linuxCatalog(), {
+        {"/var//lib//docker/", true, C::docker, R::red, "Docker Engine"},
+        {"/home/me//.cache//pip", true, C::packageManagers, R::green, "pip"},
+    });
+}
+
 // ---------------------------------------------------------------- the Linux homes of the same data
 
 TEST(SpaceCatalogTest, LinuxCatalogueKnowsTheLinuxHomes) {
