@@ -1,6 +1,8 @@
 #include "platform/macos/FileManagerVolumeProvider.h"
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <sys/mount.h>
+#include <sys/param.h>
 
 #include <optional>
 #include <string>
@@ -63,11 +65,18 @@ VolumeResourceValues readValues(CFDictionaryRef values) {
     result.isLocal = flag(lookup(values, kCFURLVolumeIsLocalKey));
     result.isReadOnly = flag(lookup(values, kCFURLVolumeIsReadOnlyKey));
     result.isRootFileSystem = flag(lookup(values, kCFURLVolumeIsRootFileSystemKey));
-    result.typeName = text(lookup(values, kCFURLVolumeTypeNameKey));
     result.uuid = text(lookup(values, kCFURLVolumeUUIDStringKey));
     result.supportsCaseSensitiveNames = flag(lookup(values, kCFURLVolumeSupportsCaseSensitiveNamesKey));
     result.isBrowsable = flag(lookup(values, kCFURLVolumeIsBrowsableKey));
     return result;
+}
+
+// The file system's short type ("apfs", "smbfs", "exfat"). The resource key for it is recent;
+// statfs has always known it.
+std::optional<std::string> typeName(const std::string& path) {
+    struct statfs figures {};
+    if (::statfs(path.c_str(), &figures) != 0) return std::nullopt;
+    return std::string(figures.f_fstypename);
 }
 
 }  // namespace
@@ -78,7 +87,7 @@ std::vector<MountedVolumeRecord> FileManagerVolumeProvider::mountedVolumes() {
         kCFURLVolumeAvailableCapacityKey, kCFURLVolumeAvailableCapacityForImportantUsageKey,
         kCFURLVolumeIsInternalKey, kCFURLVolumeIsEjectableKey, kCFURLVolumeIsRemovableKey,
         kCFURLVolumeIsLocalKey, kCFURLVolumeIsReadOnlyKey, kCFURLVolumeIsRootFileSystemKey,
-        kCFURLVolumeTypeNameKey, kCFURLVolumeUUIDStringKey, kCFURLVolumeSupportsCaseSensitiveNamesKey,
+        kCFURLVolumeUUIDStringKey, kCFURLVolumeSupportsCaseSensitiveNamesKey,
         kCFURLVolumeIsBrowsableKey,
     };
     Owned<CFArrayRef> keys(CFArrayCreate(kCFAllocatorDefault, keyList, sizeof keyList / sizeof keyList[0],
@@ -89,19 +98,17 @@ std::vector<MountedVolumeRecord> FileManagerVolumeProvider::mountedVolumes() {
     std::vector<MountedVolumeRecord> records;
     if (!enumerator.ref) return records;
     for (;;) {
-        CFURLRef url = nullptr;
-        CFErrorRef error = nullptr;
-        CFURLEnumeratorResult result = CFURLEnumeratorGetNextURL(enumerator.ref, &url, &error);
+        CFURLRef url = nullptr;  // owned by the enumerator
+        CFURLEnumeratorResult result = CFURLEnumeratorGetNextURL(enumerator.ref, &url, nullptr);
         if (result == kCFURLEnumeratorEnd) break;
-        if (result != kCFURLEnumeratorSuccess) {
-            if (error) CFRelease(error);
-            continue;
-        }
+        if (result != kCFURLEnumeratorSuccess || !url) continue;
         Owned<CFStringRef> pathString(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle));
         auto path = text(pathString.ref);
         if (!path) continue;
         Owned<CFDictionaryRef> values(CFURLCopyResourcePropertiesForKeys(url, keys.ref, nullptr));
-        if (auto record = VolumeResourceValues::makeRecord(*path, readValues(values.ref))) {
+        VolumeResourceValues resourceValues = readValues(values.ref);
+        resourceValues.typeName = typeName(*path);
+        if (auto record = VolumeResourceValues::makeRecord(*path, resourceValues)) {
             records.push_back(std::move(*record));
         }
     }
