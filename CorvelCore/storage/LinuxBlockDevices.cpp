@@ -9,11 +9,9 @@ namespace corvel::LinuxBlockDevices {
 
 namespace {
 
-bool hasPrefix(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
-
 // Vendor columns that name a bus or a PCI id rather than a maker are noise in a disk's name.
 bool isMeaningfulVendor(const std::string& vendor) {
-    return vendor != "ATA" && !hasPrefix(vendor, "0x");
+    return vendor != "ATA" && !startsWith(vendor, "0x");
 }
 
 std::string mediaName(const BlockDevice& device) {
@@ -21,13 +19,13 @@ std::string mediaName(const BlockDevice& device) {
     if (device.vendor && isMeaningfulVendor(*device.vendor)) {
         const std::string& vendor = *device.vendor;
         if (model.empty()) return vendor;
-        if (!hasPrefix(model, vendor)) return vendor + " " + model;
+        if (!startsWith(model, vendor)) return vendor + " " + model;
     }
     return model;
 }
 
 bool isWholeDiskDevice(const BlockDevice& device) {
-    return !device.majorMinor || !hasPrefix(*device.majorMinor, "1:");  // major 1 is the ram driver
+    return !device.majorMinor || !startsWith(*device.majorMinor, "1:");  // major 1 is the ram driver
 }
 
 bool search(const BlockDevice& device, const std::function<bool(const BlockDevice&)>& matches,
@@ -55,7 +53,7 @@ std::optional<DeviceStack> find(const std::vector<BlockDevice>& devices,
 bool isPhysicalDisk(const BlockDevice& device) {
     if (device.type != "disk") return false;
     for (std::string_view virtualPrefix : {"loop", "zram", "ram", "nbd"}) {
-        if (hasPrefix(device.kernelName, virtualPrefix)) return false;
+        if (startsWith(device.kernelName, virtualPrefix)) return false;
     }
     return isWholeDiskDevice(device);
 }
@@ -117,13 +115,13 @@ bool DeviceStack::hasCryptLayer() const {
 
 std::optional<DeviceStack> locate(const std::vector<BlockDevice>& devices, const MountInfoEntry& mount) {
     // Device numbers are exact, except for btrfs, whose mounts carry an anonymous 0:N.
-    if (!hasPrefix(mount.majorMinor, "0:")) {
+    if (!startsWith(mount.majorMinor, "0:")) {
         if (auto stack = find(devices, [&](const BlockDevice& d) { return d.majorMinor == mount.majorMinor; })) {
             return stack;
         }
     }
     const std::string& source = mount.source;
-    if (!hasPrefix(source, "/dev/")) return std::nullopt;
+    if (!startsWith(source, "/dev/")) return std::nullopt;
 
     struct Alias {
         std::string_view folder;
@@ -136,7 +134,7 @@ std::optional<DeviceStack> locate(const std::vector<BlockDevice>& devices, const
         {"/dev/disk/by-partlabel/", &BlockDevice::partitionLabel},
     }};
     for (const auto& alias : aliases) {
-        if (hasPrefix(source, alias.folder)) {
+        if (startsWith(source, alias.folder)) {
             std::string key = MountInfoEntry::unescape(source.substr(alias.folder.size()));
             return find(devices, [&](const BlockDevice& d) { return d.*alias.field == key; });
         }

@@ -14,8 +14,6 @@ namespace corvel {
 
 namespace {
 
-bool hasPrefix(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
-
 // fuseblk hides the real file system (ntfs-3g, exfat-fuse); lsblk knows it.
 std::string effectiveType(const MountInfoEntry& mount, const std::optional<LinuxBlockDevices::DeviceStack>& stack) {
     if (mount.fileSystemType == "fuseblk" && stack && stack->device().fileSystemType) {
@@ -55,9 +53,9 @@ std::vector<MountInfoEntry> LinuxStorageDiscovery::selectMounts(const std::vecto
     auto isWanted = [](const MountInfoEntry& mount) {
         if (mount.mountPoint == "/") return true;
         if (isNetworkFileSystem(mount.fileSystemType)) return true;
-        if (!hasPrefix(mount.source, "/dev/")) return false;
+        if (!startsWith(mount.source, "/dev/")) return false;
         // Snaps and disk images are loop devices; they are files on another volume, not storage.
-        return !hasPrefix(mount.source, "/dev/loop") && mount.fileSystemType != "squashfs";
+        return !startsWith(mount.source, "/dev/loop") && mount.fileSystemType != "squashfs";
     };
 
     // A file system is identified by its device numbers; the preferred mount of each is the root
