@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -555,4 +556,34 @@ TEST(SpaceCatalogTest, ProjectRuleVerdictsBelongToTheirCatalogue) {
     EXPECT_EQ(catalog.expand(second, "/b/x").rationale, "Project source under /b. Never removed based on size.");
     // A catalogue without that root cannot expand the verdict to anything but unknown.
     EXPECT_EQ(macCatalog().expand(second, "/b/x"), SpaceClassification::unknown());
+}
+
+// Paths glued together from the words the rules look for, with stray slashes: every verdict must
+// point inside its own path and expand to the same classification classify gives.
+TEST(SpaceCatalogTest, ArbitraryPathsGetConsistentVerdicts) {
+    const std::array<std::string_view, 24> words{
+        "/", "//", "Users", "me", "Library", "Caches", "Developer", "Xcode", "DerivedData", "opt", "homebrew",
+        "var", "MySQL", "private", "tmp", "System", "Volumes", "Data", "Applications", ".app", "com.a.b", ".cache",
+        "lib", "node_modules"};
+    const SpaceCatalog catalogs[] = {SpaceCatalog("/Users/me", {"/Users/me/Developer"}),
+                                     SpaceCatalog("/Users/me", {}, SpaceCatalog::Platform::linuxOS)};
+    std::uint32_t state = 12345;
+    auto next = [&state] {
+        state = state * 1664525u + 1013904223u;
+        return state >> 8;
+    };
+    for (int round = 0; round < 20000; ++round) {
+        std::string path;
+        const auto length = next() % 9;
+        for (std::uint32_t i = 0; i < length; ++i) path += words[next() % words.size()];
+        for (const auto& catalog : catalogs) {
+            const bool isDirectory = (next() & 1) != 0;
+            const auto verdict = catalog.verdict(path, isDirectory);
+            ASSERT_LE(std::size_t{verdict.applicationOffset} + verdict.applicationLength, path.size()) << path;
+            const auto classification = catalog.classify(path, isDirectory);
+            ASSERT_EQ(catalog.expand(verdict, path), classification) << path;
+            ASSERT_EQ(verdict.category, classification.category) << path;
+            ASSERT_FALSE(classification.rationale.empty()) << path;
+        }
+    }
 }
