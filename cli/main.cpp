@@ -11,5 +11,7 @@ int main(int argc, char** argv) {
         // One line per command family.
         registerStatusCommands(app, ctx);
         registerSpaceCommands(app, ctx);
+        registerDockerCommands(app, ctx);
+        registerInsightsCommands(app, ctx);
     });
 }

@@ -60,9 +60,9 @@ TEST(RecordedDockerMachines, RunningEngineWithComposeProjectsAndADatabase) {
     EXPECT_EQ(inventory.reclaimableBytes(), 1180000000 + 2290 + 3400000000 + 1673000000);
     EXPECT_EQ(inventory.buildCacheBytes, 1672500000);
     ASSERT_TRUE(inventory.diskImage);
-    EXPECT_EQ(inventory.diskImage->path, "/Volumes/Work/DockerDesktop/Docker.raw");
+    EXPECT_EQ(inventory.diskImage->path, "/Volumes/Projects/DockerDesktop/Docker.raw");
     EXPECT_EQ(inventory.diskImage->source, "Docker Desktop setting DataFolder");
-    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/Volumes/Work");
+    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/Volumes/Projects");
 
     const auto usage = inventory.projectUsage();
     ASSERT_EQ(usage.size(), 4u);
@@ -72,7 +72,7 @@ TEST(RecordedDockerMachines, RunningEngineWithComposeProjectsAndADatabase) {
     EXPECT_EQ(usage[2].containers, 3);
     EXPECT_EQ(usage[2].runningContainers, 3);
     EXPECT_EQ(usage[2].volumes, 2);
-    EXPECT_EQ(usage[2].workingDirectory, "/Users/dana/src/shop");
+    EXPECT_EQ(usage[2].workingDirectory, "/Users/sam/src/shop");
     EXPECT_EQ(usage[3].name, "Standalone");
 
     const auto databases = inventory.databases();
@@ -93,7 +93,8 @@ TEST(RecordedDockerMachines, StoppedEngineStillMeasuresTheDiskImage) {
     EXPECT_FALSE(inventory.isReachable());
     ASSERT_TRUE(inventory.diskImage);
     EXPECT_EQ(inventory.diskImage->allocatedBytes, 41875931136);
-    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/System/Volumes/Data");
+    EXPECT_EQ(inventory.diskImage->source, "Docker Desktop default location");
+    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/");
 }
 
 TEST(RecordedDockerHostFile, MalformedFactsNameTheFile) {

@@ -1,0 +1,53 @@
+// `velmora insights`: the ranked suggestions for this machine (or a recorded one), each pointing
+// at the screen that would act on it. Nothing here acts.
+#include "CliErrors.h"
+#include "Commands.h"
+#include "MachineInsights.h"
+#include "common/ByteFormat.h"
+#include "diagnostics/DiagnosticEngine.h"
+#include "diagnostics/SettingsStore.h"
+#include "insights/InsightEngine.h"
+#include "storage/MachineStorage.h"
+
+namespace corvel::cli {
+namespace {
+
+constexpr double discoveryTimeoutSeconds = 20;
+
+}  // namespace
+
+void registerInsightsCommands(CLI::App& app, CliContext& context) {
+    auto* command =
+        app.add_subcommand("insights", "Rank what is worth looking at: space, safety, Docker, drive health");
+    auto minimumBytes = std::make_shared<std::int64_t>(InsightEngine::defaultMinimumBytes);
+    command->add_option("--min-bytes", *minimumBytes,
+                        "Space suggestions smaller than this many bytes are not shown (default 1000000000)");
+    command->callback([&context, minimumBytes] {
+        if (*minimumBytes < 0)
+            throw UsageError("--min-bytes: " + std::to_string(*minimumBytes) + " is negative; give a byte count");
+        const auto snapshot =
+            MachineStorage::snapshot(context.runner(discoveryTimeoutSeconds), context.recording(), context.now());
+        SettingsStore settings(context.dataDir(), context.home());
+        const auto loaded = settings.load();
+        const auto report = DiagnosticEngine(loaded.settings.thresholds).evaluate(snapshot);
+        const auto result = machineInsights(context, snapshot, report, *minimumBytes);
+
+        if (context.json()) {
+            context.printJson(Json{{"insights", result.insights}});
+            return;
+        }
+        const auto& style = context.style();
+        if (const auto* machine = context.recording())
+            context.out() << style.dim("Recorded machine: " + machine->name) << "\n\n";
+        context.out() << style.bold("Insights") << '\n';
+        printInsights(context, result.insights, result.insights.size(), "  ");
+        context.out() << '\n'
+                      << style.dim(result.scanSummary.value_or("No scan summary yet: run velmora scan to rank space.") +
+                                   " Space suggestions start at " + ByteFormat::string(*minimumBytes) + ".")
+                      << '\n';
+        if (loaded.warning) context.out() << style.yellow("! ") << *loaded.warning << '\n';
+        for (const auto& note : result.notes) context.out() << style.yellow("! ") << note << '\n';
+    });
+}
+
+}  // namespace corvel::cli

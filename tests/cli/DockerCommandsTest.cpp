@@ -1,0 +1,209 @@
+// `velmora docker` and `velmora insights` on recorded machines, driven in-process.
+#include "Commands.h"
+#include "common/AtomicFile.h"
+#include "common/Json.h"
+#include "docker/DockerInventory.h"
+#include "space/SpaceSummary.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace corvel::cli {
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+Outcome velmora(std::vector<std::string> words) {
+    std::ostringstream out;
+    std::ostringstream err;
+    CliContext context(out, err, false, false);
+    std::vector<const char*> argv{"velmora"};
+    for (const auto& word : words) argv.push_back(word.c_str());
+    Outcome outcome;
+    outcome.status =
+        runCommandLine(static_cast<int>(argv.size()), argv.data(), context, [](CLI::App& app, CliContext& ctx) {
+            registerDockerCommands(app, ctx);
+            registerInsightsCommands(app, ctx);
+        });
+    outcome.out = out.str();
+    outcome.err = err.str();
+    return outcome;
+}
+
+std::string machine(const std::string& name) {
+    return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name;
+}
+
+std::string lineWith(const std::string& text, const std::string& needle) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(needle) != std::string::npos) return line;
+    return "";
+}
+
+class TemporaryDataFolder {
+public:
+    TemporaryDataFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "velmora-docker-cli-XXXXXX").string();
+        if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+        path_ = pattern;
+    }
+    ~TemporaryDataFolder() { std::filesystem::remove_all(path_); }
+    std::string path() const { return path_.string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+std::vector<std::string> insightIDs(const Json& document) {
+    std::vector<std::string> ids;
+    for (const auto& insight : document.at("insights")) ids.push_back(insight.at("id").get<std::string>());
+    return ids;
+}
+
+}  // namespace
+
+TEST(DockerCommand, ShowsEngineProjectsDatabasesBindsAndUsage) {
+    const auto outcome = velmora({"docker", "--replay", machine("mac-docker-running")});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto& out = outcome.out;
+    EXPECT_NE(lineWith(out, "Engine").find("27.3.1 (Docker Desktop)"), std::string::npos);
+    EXPECT_NE(lineWith(out, "Disk image").find("/Volumes/Projects/DockerDesktop/Docker.raw"), std::string::npos);
+    EXPECT_NE(out.find("19.33 GB allocated of 137.44 GB apparent, on /Volumes/Projects"), std::string::npos);
+    const auto shop = lineWith(out, "/Users/sam/src/shop");
+    EXPECT_EQ(shop.rfind("  shop ", 0), 0u) << shop;
+    EXPECT_NE(shop.find("2.13 GB"), std::string::npos) << shop;
+    EXPECT_NE(lineWith(out, "Standalone").find("192 MB"), std::string::npos);
+    EXPECT_NE(lineWith(out, "shop-db-1").find("PostgreSQL"), std::string::npos);
+    EXPECT_NE(lineWith(out, "blog-db-1").find("1.9 GB"), std::string::npos);
+    EXPECT_NE(lineWith(out, "/root/.npmrc").find("ro"), std::string::npos);
+    EXPECT_NE(lineWith(out, "Local Volumes").find("3.4 GB"), std::string::npos);
+    EXPECT_NE(out.find("The engine calls 6.25 GB reclaimable. Review it in Docker; Velmora never prunes."),
+              std::string::npos);
+    EXPECT_EQ(out.find("Could not read"), std::string::npos);
+}
+
+TEST(DockerCommand, StoppedEngineStillShowsTheDiskImage) {
+    const auto outcome = velmora({"docker", "--replay", machine("mac-docker-stopped")});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(lineWith(outcome.out, "Engine").find("Docker engine not running"), std::string::npos);
+    EXPECT_NE(outcome.out.find("Start Docker Desktop to see images, containers and volumes. The disk image is still "
+                               "measured from macOS."),
+              std::string::npos);
+    EXPECT_NE(outcome.out.find("41.88 GB allocated of 68.72 GB apparent"), std::string::npos);
+    EXPECT_EQ(outcome.out.find("Projects\n"), std::string::npos);
+}
+
+TEST(DockerCommand, MissingProgramIsAFactNotAFailure) {
+    auto outcome = velmora({"docker", "--replay", machine("macbook-air-m2")});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "Docker CLI not found\n");
+    outcome = velmora({"--json", "docker", "--replay", machine("macbook-air-m2")});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(Json::parse(outcome.out), Json({{"installed", false}}));
+}
+
+TEST(DockerCommand, JSONIsTheInventoryWithItsViews) {
+    const auto outcome = velmora({"--json", "docker", "--replay", machine("mac-docker-running")});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto document = Json::parse(outcome.out);
+    EXPECT_EQ(document.at("executable"), "/usr/local/bin/docker");
+    const auto inventory = document.at("inventory").get<DockerInventory>();
+    EXPECT_EQ(inventory.serverVersion, "27.3.1");
+    EXPECT_EQ(inventory.containers.size(), 5u);
+    EXPECT_EQ(document.at("projectUsage"), Json(inventory.projectUsage()));
+    EXPECT_EQ(document.at("projectUsage").at(0).at("name"), "legacy");
+    EXPECT_EQ(document.at("databases").size(), 3u);
+    EXPECT_EQ(document.at("bindMounts").size(), 2u);
+
+    const auto stopped = Json::parse(velmora({"--json", "docker", "--replay", machine("mac-docker-stopped")}).out);
+    EXPECT_FALSE(stopped.at("inventory").contains("serverVersion"));
+    EXPECT_EQ(stopped.at("inventory").at("errors").size(), 1u);
+    EXPECT_TRUE(stopped.at("inventory").contains("diskImage"));
+}
+
+TEST(InsightsCommand, RanksDockerAndDiskImageInsightsOfRecordedMachines) {
+    TemporaryDataFolder data;
+    auto document = Json::parse(
+        velmora({"--json", "insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()}).out);
+    EXPECT_EQ(insightIDs(document), (std::vector<std::string>{"docker.move", "space.scan"}));
+    EXPECT_EQ(document.at("insights").at(0).at("bytes"), 41875931136);
+
+    document = Json::parse(
+        velmora({"--json", "insights", "--replay", machine("mac-docker-running"), "--data-dir", data.path()}).out);
+    EXPECT_EQ(insightIDs(document), (std::vector<std::string>{"docker.reclaimable", "space.scan"}));
+
+    const auto human = velmora({"insights", "--replay", machine("mac-docker-running"), "--data-dir", data.path()});
+    ASSERT_EQ(human.status, 0) << human.err;
+    EXPECT_NE(human.out.find("Docker reports 6.25 GB reclaimable"), std::string::npos);
+    EXPECT_NE(human.out.find("Risk: Protected · Action: Review → Docker"), std::string::npos);
+    EXPECT_NE(human.out.find("No scan summary yet"), std::string::npos);
+
+    // The engine reports 6,253,002,290 reclaimable bytes: the suggestion holds up to exactly that threshold.
+    document = Json::parse(velmora({"--json", "insights", "--replay", machine("mac-docker-running"), "--data-dir",
+                                    data.path(), "--min-bytes", "6253002290"})
+                               .out);
+    EXPECT_EQ(insightIDs(document), (std::vector<std::string>{"docker.reclaimable", "space.scan"}));
+    document = Json::parse(velmora({"--json", "insights", "--replay", machine("mac-docker-running"), "--data-dir",
+                                    data.path(), "--min-bytes", "6253002291"})
+                               .out);
+    EXPECT_EQ(insightIDs(document), std::vector<std::string>{"space.scan"});
+}
+
+TEST(InsightsCommand, ReadsTheLastScanSummaryFromTheDataFolder) {
+    TemporaryDataFolder data;
+    SpaceSummary summary;
+    summary.root = "/Users/sam";
+    summary.scannedAt = *ISO8601::parse("2026-11-01T08:00:00Z");
+    SpaceNode derived;
+    derived.path = "/Users/sam/Library/Developer/Xcode/DerivedData";
+    derived.name = "DerivedData";
+    derived.allocatedBytes = derived.exclusiveBytes = 12000000000;
+    derived.classification.risk = CleanupRisk::green;
+    SpaceNode photos;
+    photos.path = "/Users/sam/Pictures/Photos Library.photoslibrary";
+    photos.name = "Photos Library.photoslibrary";
+    photos.allocatedBytes = photos.exclusiveBytes = 80000000000;
+    photos.classification.risk = CleanupRisk::red;
+    summary.topConsumers = {photos, derived};
+    summary.credentialsInTrash = {"/Users/sam/.Trash/id_rsa"};
+    summary.save(data.path());
+
+    const auto outcome =
+        velmora({"--json", "insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(insightIDs(Json::parse(outcome.out)),
+              (std::vector<std::string>{"space.reviewable", "safety.trash.credentials",
+                                        "space.big./Users/sam/Pictures/Photos Library.photoslibrary", "docker.move"}));
+
+    const auto human = velmora({"insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    EXPECT_NE(human.out.find("Space suggestions from the scan of /Users/sam at 2026-11-01T08:00:00Z"),
+              std::string::npos);
+
+    AtomicFile::write(std::filesystem::path(data.path()) / SpaceSummary::fileName, "{broken");
+    const auto broken = velmora({"insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    EXPECT_EQ(broken.status, 0);
+    EXPECT_NE(broken.out.find("! Last scan summary ignored: "), std::string::npos) << broken.out;
+    EXPECT_NE(broken.out.find("No storage analysis yet"), std::string::npos);
+}
+
+TEST(InsightsCommand, ANegativeOrNonNumericThresholdIsBadUsage) {
+    TemporaryDataFolder data;
+    auto outcome = velmora({"insights", "--min-bytes", "-1", "--data-dir", data.path()});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("--min-bytes"), std::string::npos) << outcome.err;
+    outcome = velmora({"insights", "--min-bytes", "lots", "--data-dir", data.path()});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("--min-bytes"), std::string::npos) << outcome.err;
+}
+
+}  // namespace corvel::cli
