@@ -41,14 +41,20 @@ void printEngine(CliContext& context, const DockerReading& reading, const Docker
         std::string engine = *inventory.serverVersion;
         if (inventory.operatingSystem) engine += " (" + *inventory.operatingSystem + ")";
         facts.addRow({"Engine", style.green("running") + " · " + engine});
-        if (inventory.dockerRootDir)
-            facts.addRow({"Data root", *inventory.dockerRootDir + style.dim(" (inside the engine)")});
+        // Docker Desktop's root lies inside its virtual machine; a native engine's is the measured folder.
+        const bool insideVM = inventory.operatingSystem && contains(*inventory.operatingSystem, "Docker Desktop");
+        if (inventory.dockerRootDir &&
+            (insideVM || !inventory.diskImage || inventory.diskImage->path != *inventory.dockerRootDir))
+            facts.addRow(
+                {"Data root", *inventory.dockerRootDir + (insideVM ? style.dim(" (inside the virtual machine)") : "")});
     } else {
         facts.addRow({"Engine", style.yellow(engineNotRunningTitle())});
     }
     facts.addRow({"Program", *reading.executable});
     if (const auto& image = inventory.diskImage) {
-        facts.addRow({"Disk image", image->path});
+        // A native engine keeps its data in a folder rather than in one image file.
+        const bool folder = contains(image->source, "data root");
+        facts.addRow({folder ? "Data folder" : "Disk image", image->path});
         std::string cost = bytes(image->allocatedBytes) + " allocated of " + bytes(image->apparentBytes) + " apparent";
         if (image->volumeMountPoint) cost += ", on " + *image->volumeMountPoint;
         facts.addRow({"", cost + style.dim(" (" + image->source + ")")});

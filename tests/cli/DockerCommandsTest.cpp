@@ -103,6 +103,15 @@ TEST(DockerCommand, StoppedEngineStillShowsTheDiskImage) {
     EXPECT_EQ(outcome.out.find("Projects\n"), std::string::npos);
 }
 
+TEST(DockerCommand, NativeLinuxEngineShowsItsDataFolder) {
+    const auto outcome = velmora({"docker", "--replay", machine("linux-docker-engine")});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(lineWith(outcome.out, "Program").find("/usr/bin/docker"), std::string::npos);
+    EXPECT_NE(lineWith(outcome.out, "Data folder").find("/var/lib/docker"), std::string::npos) << outcome.out;
+    EXPECT_EQ(lineWith(outcome.out, "Data root"), "");  // the same folder, said once
+    EXPECT_NE(outcome.out.find("12.08 GB allocated of 14.56 GB apparent, on /"), std::string::npos);
+}
+
 TEST(DockerCommand, MissingProgramIsAFactNotAFailure) {
     auto outcome = velmora({"docker", "--replay", machine("macbook-air-m2")});
     EXPECT_EQ(outcome.status, 0);

@@ -2,6 +2,7 @@
 #include "command/RecordedCommandRunner.h"
 #include "docker/DockerClient.h"
 #include "docker/RecordedDockerHost.h"
+#include "storage/MachineStorage.h"
 #include "storage/RecordedMachine.h"
 
 #include <gtest/gtest.h>
@@ -21,14 +22,17 @@ struct Replay {
           host(machine.document, machine.directory, mountPoints(machine),
                [this](const std::string& executable) { return runner.hasExecutable(executable); }) {}
 
+    // The volumes discovery finds in the recording, as the command line passes them.
     static std::vector<std::string> mountPoints(const RecordedMachine& machine) {
+        RecordedCommandRunner discoveryRunner = RecordedCommandRunner::load(machine.directory);
         std::vector<std::string> result;
-        for (const auto& volume : machine.volumes) result.push_back(volume.path);
+        for (const auto& volume : MachineStorage::replay(discoveryRunner, machine, machine.capturedAt).volumes)
+            result.push_back(volume.mountPoint);
         return result;
     }
 
     DockerInventory inventory() {
-        const DockerClient::Environment environment{{"HOME", machine.home}};
+        const DockerClient::Environment environment{{"HOME", machine.home}, {"PATH", "/usr/bin:/bin"}};
         auto client = DockerClient::make(runner, environment, host);
         EXPECT_TRUE(client.has_value());
         return client->inventory(machine.home, machine.capturedAt);
@@ -95,6 +99,18 @@ TEST(RecordedDockerMachines, StoppedEngineStillMeasuresTheDiskImage) {
     EXPECT_EQ(inventory.diskImage->allocatedBytes, 41875931136);
     EXPECT_EQ(inventory.diskImage->source, "Docker Desktop default location");
     EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/");
+}
+
+TEST(RecordedDockerMachines, NativeLinuxEngineMeasuresItsDataFolder) {
+    Replay replay("linux-docker-engine");
+    const auto inventory = replay.inventory();
+    EXPECT_TRUE(inventory.errors.empty());
+    EXPECT_EQ(inventory.operatingSystem, "Debian GNU/Linux 12 (bookworm)");
+    EXPECT_EQ(inventory.containers.size(), 5u);
+    EXPECT_EQ(inventory.bindMounts()[0].mount.source, "/home/me/src/shop");
+    ASSERT_TRUE(inventory.diskImage);
+    EXPECT_EQ(*inventory.diskImage,
+              (DockerDiskImage{"/var/lib/docker", 14563921408, 12081618944, "/", "Docker engine data root"}));
 }
 
 TEST(RecordedDockerHostFile, MalformedFactsNameTheFile) {
