@@ -211,7 +211,8 @@ std::vector<DockerContainer> containers(std::string_view data) {
     std::vector<DockerContainer> result;
     for (const auto& line : lines(data)) {
         auto id = nonBlank(textOf(line, "ID"));
-        if (!id) continue;
+        // IDs are passed on to "container inspect"; one that reads as an option is no ID.
+        if (!id || startsWith(*id, "-")) continue;
         const auto labelMap = labels(text(line, "Labels"));
         DockerContainer container;
         container.id = std::move(*id);

@@ -108,6 +108,8 @@ TEST(DockerContainers, ReadsFieldsAndComposeLabels) {
         "\n"
         R"j({"Names":"no-id","Image":"x"})j"
         "\n"
+        R"j({"ID":"--format","Names":"flag","Image":"x"})j"
+        "\n"
         R"j({"ID":"def456def456aa","Names":"loner","Image":"nginx","State":"exited","Status":"Exited (0)","Labels":"","Size":"N/A","Ports":""})j"
         "\n");
     ASSERT_EQ(containers.size(), 2u);
