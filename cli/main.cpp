@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
     CliContext context(std::cout, std::cerr, ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1);
     return runCommandLine(argc, argv, context, [](CLI::App& app, CliContext& ctx) {
         // One line per command family.
+        registerFootprintCommands(app, ctx);
         registerStatusCommands(app, ctx);
         registerSpaceCommands(app, ctx);
         registerDockerCommands(app, ctx);

@@ -1,5 +1,7 @@
 #include "space/FootprintLocation.h"
 
+#include <string_view>
+
 namespace corvel {
 
 namespace {
@@ -89,8 +91,8 @@ std::vector<FootprintLocation> FootprintLocation::linuxDefaults(const std::files
 }
 
 std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem::path& home,
-                                                           std::string_view platform) {
-    return platform == "linux" ? linuxDefaults(home) : defaults(home);
+                                                           HostPlatform platform) {
+    return platform == HostPlatform::linux ? linuxDefaults(home) : defaults(home);
 }
 
 void to_json(Json& json, const FootprintLocation& location) {

@@ -2,14 +2,14 @@
 // tool clears its own. The built-in lists are fixed; `custom` is the category of locations a
 // person adds.
 //
-//   for (const auto& location : FootprintLocation::defaults(home, "linux")) { ... }
+//   for (const auto& location : FootprintLocation::defaults(home, hostPlatform())) { ... }
 #pragma once
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "common/DataFolder.h"
 #include "common/Json.h"
 #include "space/FootprintCategory.h"
 
@@ -27,9 +27,9 @@ struct FootprintLocation {
     static std::vector<FootprintLocation> defaults(const std::filesystem::path& home);
     // Where the same tools keep the same data in a Linux home folder (XDG cache, dot folders).
     static std::vector<FootprintLocation> linuxDefaults(const std::filesystem::path& home);
-    // The list for a platform named as in recordings: "linux" or "macos".
+    // The list for the given platform.
     static std::vector<FootprintLocation> defaults(const std::filesystem::path& home,
-                                                   std::string_view platform);
+                                                   HostPlatform platform);
 };
 
 void to_json(Json& json, const FootprintLocation& location);

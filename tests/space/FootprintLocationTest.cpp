@@ -74,8 +74,10 @@ TEST(FootprintLocationDefaults, LinuxUsesTheSameToolsLinuxHomes) {
 }
 
 TEST(FootprintLocationDefaults, ChoosesTheListByPlatform) {
-    EXPECT_EQ(FootprintLocation::defaults("/h", "linux"), FootprintLocation::linuxDefaults("/h"));
-    EXPECT_EQ(FootprintLocation::defaults("/h", "macos"), FootprintLocation::defaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::linux),
+              FootprintLocation::linuxDefaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::macos),
+              FootprintLocation::defaults("/h"));
 }
 
 TEST(FootprintLocationJson, UsesFieldNamesAndTheCategoryDisplayName) {

@@ -1,0 +1,154 @@
+// `velmora footprint` and `velmora dev`, driven through the real binary on temporary folders.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "common/Json.h"
+
+namespace corvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+class FootprintCommands : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "velmora-fpcli-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        root_ = pattern;
+    }
+    void TearDown() override { fs::remove_all(root_); }
+
+    std::string path(const std::string& relative) const { return (root_ / relative).string(); }
+
+    void write(const std::string& relative, std::size_t bytes) const {
+        fs::create_directories((root_ / relative).parent_path());
+        std::ofstream(root_ / relative, std::ios::binary) << std::string(bytes, 'v');
+    }
+
+    // Runs velmora with `arguments` (already shell-quoted) and `environment` assignments first.
+    Outcome velmora(const std::string& arguments, const std::string& environment = "") const {
+        const std::string errFile = path("stderr.txt");
+        const std::string command = environment + " " + CORVEL_VELMORA_BINARY + " " + arguments +
+                                    " 2>'" + errFile + "'";
+        Outcome outcome;
+        FILE* pipe = ::popen(command.c_str(), "r");
+        if (!pipe) return outcome;
+        std::array<char, 4096> buffer{};
+        std::size_t got = 0;
+        while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) outcome.out.append(buffer.data(), got);
+        const int raw = ::pclose(pipe);
+        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        std::ifstream err(errFile);
+        outcome.err.assign(std::istreambuf_iterator<char>(err), {});
+        fs::remove(errFile);
+        return outcome;
+    }
+
+    fs::path root_;
+};
+
+TEST_F(FootprintCommands, FootprintJsonGivesTotalsPerAreaWithHardLinksCountedOnce) {
+    write("tree/images/layer.bin", 20'000);
+    write("tree/volumes/db.bin", 5'000);
+    ASSERT_EQ(::link(path("tree/volumes/db.bin").c_str(), path("tree/db-link.bin").c_str()), 0);
+    const Outcome outcome =
+        velmora("--json footprint '" + path("tree") + "' --area '" + path("tree/images/") + "'");
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const Json document = Json::parse(outcome.out);
+    EXPECT_EQ(document["total"]["fileCount"], 2);
+    EXPECT_EQ(document["total"]["logicalBytes"], 25'000);
+    EXPECT_EQ(document["total"]["unreadableFiles"], 0);
+    EXPECT_EQ(document["areas"][path("tree/images")]["fileCount"], 1);
+    EXPECT_EQ(document["areas"][path("tree/images")]["logicalBytes"], 20'000);
+    EXPECT_EQ(document["deniedDirectories"], 0);
+    EXPECT_EQ(document["wasCancelled"], false);
+}
+
+TEST_F(FootprintCommands, FootprintPrintsTheTotalsTable) {
+    write("tree/a.bin", 3'000);
+    const Outcome outcome = velmora("footprint '" + path("tree") + "'", "NO_COLOR=1");
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("unique physical"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("total"), std::string::npos);
+    EXPECT_NE(outcome.out.find("Denied folders: 0"), std::string::npos);
+    EXPECT_TRUE(outcome.err.empty()) << "progress belongs to terminals only: " << outcome.err;
+}
+
+TEST_F(FootprintCommands, FootprintRejectsBadPathsWithOneLineNamingThem) {
+    write("file.txt", 10);
+    fs::create_directories(path("tree"));
+    fs::create_directories(path("other"));
+    const struct {
+        std::string arguments;
+        std::string message;
+    } cases[] = {
+        {"footprint '" + path("missing") + "'", "'" + path("missing") + "': no such folder"},
+        {"footprint '" + path("file.txt") + "'", "not a folder"},
+        {"footprint '" + path("tree") + "' --area '" + path("other") + "'", "not inside"},
+        {"footprint '" + path("tree") + "' --area '" + path("tree/nope") + "'", "--area"},
+        {"footprint", "path"},
+    };
+    for (const auto& item : cases) {
+        const Outcome outcome = velmora(item.arguments);
+        EXPECT_EQ(outcome.status, 2) << item.arguments;
+        EXPECT_EQ(outcome.err.rfind("velmora: ", 0), 0u) << outcome.err;
+        EXPECT_NE(outcome.err.find(item.message), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_TRUE(outcome.out.empty());
+    }
+}
+
+TEST_F(FootprintCommands, DevMeasuresPresentLocationsAndLeavesMissingOnesUnmeasured) {
+    write("home/.cache/pip/http/wheel.bin", 12'000);
+    write("home/.cache/pip/selfcheck.json", 100);
+    write("home/.npm", 500);  // a location that is a single file
+    const std::string environment = "HOME='" + path("home") + "'";
+    const Outcome outcome = velmora("--json --now 2026-11-02T09:30:00Z dev", environment);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const Json document = Json::parse(outcome.out);
+    ASSERT_TRUE(document.is_array());
+    int measured = 0;
+    for (const Json& entry : document) {
+        const std::string name = entry["location"]["name"];
+        if (name == "pip Cache") {
+            EXPECT_EQ(entry["location"]["path"], path("home/.cache/pip"));
+            EXPECT_EQ(entry["measurement"]["fileCount"], 2);
+            EXPECT_GE(entry["measurement"]["allocatedBytes"].get<std::int64_t>(), 12'000);
+            EXPECT_EQ(entry["measurement"]["measuredAt"], "2026-11-02T09:30:00Z");
+        } else if (name == "npm Cache") {
+            EXPECT_EQ(entry["measurement"]["fileCount"], 1);
+        } else {
+            EXPECT_FALSE(entry.contains("measurement")) << name;
+        }
+        measured += entry.contains("measurement") ? 1 : 0;
+    }
+    EXPECT_EQ(measured, 2);
+
+    const Outcome human = velmora("dev", environment + " NO_COLOR=1");
+    ASSERT_EQ(human.status, 0) << human.err;
+    const auto androidLine = human.out.substr(human.out.find("Android SDK"));
+    EXPECT_NE(androidLine.substr(0, androidLine.find('\n')).find("not present"), std::string::npos) << human.out;
+    const auto pipLine = human.out.substr(human.out.find("pip Cache"));
+    EXPECT_EQ(pipLine.substr(0, pipLine.find('\n')).find("not present"), std::string::npos) << human.out;
+    EXPECT_NE(human.out.find("`pip cache purge` clears it."), std::string::npos);
+    EXPECT_NE(human.out.find("in 2 of "), std::string::npos) << human.out;
+}
+
+}  // namespace
+}  // namespace corvel
