@@ -18,6 +18,8 @@ int runCommandLine(int argc, const char* const* argv, CliContext& context, const
 
 // The command families.
 void registerStatusCommands(CLI::App& app, CliContext& context);
+void registerDiagnoseCommands(CLI::App& app, CliContext& context);
+void registerSettingsCommands(CLI::App& app, CliContext& context);
 void registerFootprintCommands(CLI::App& app, CliContext& context);
 void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);

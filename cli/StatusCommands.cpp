@@ -2,6 +2,7 @@
 // a recorded one) for people, and its records for scripts.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "DiagnoseCommands.h"
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 #include "common/Text.h"
@@ -164,14 +165,19 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
     auto* status = app.add_subcommand("status", "Show the disks and mounted volumes of this machine (the default)");
     status->callback([&context] {
         const StorageSnapshot snapshot = takeSnapshot(context);
+        const Diagnosis diagnosis = diagnose(context, snapshot);
         if (context.json()) {
-            context.printJson(Json{{"snapshot", snapshot}});
+            Json document{{"snapshot", snapshot}};
+            addDiagnosisJson(document, diagnosis);
+            context.printJson(document);
             return;
         }
         printSource(context, snapshot);
         printDisks(context, snapshot);
         context.out() << '\n';
         printVolumes(context, snapshot);
+        context.out() << '\n';
+        printHealthSummary(context, diagnosis);
         printWarnings(context, snapshot);
     });
 

@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
         // One line per command family.
         registerFootprintCommands(app, ctx);
         registerStatusCommands(app, ctx);
+        registerDiagnoseCommands(app, ctx);
+        registerSettingsCommands(app, ctx);
         registerSpaceCommands(app, ctx);
         registerDockerCommands(app, ctx);
         registerInsightsCommands(app, ctx);

@@ -1,0 +1,33 @@
+// Diagnosis for the command line: the report and the five health dimensions of one snapshot,
+// judged with the user's settings, and the ways `status`, `diagnose` and `health` print them.
+//
+//   const auto diagnosis = diagnose(context, snapshot);
+//   printHealthSummary(context, diagnosis);            // under the disks and volumes of `status`
+//   addDiagnosisJson(document, diagnosis);             // adds "report" and "health"
+#pragma once
+
+#include "CliContext.h"
+#include "common/Json.h"
+#include "diagnostics/DiagnosticReport.h"
+#include "diagnostics/DimensionAssessment.h"
+#include "storage/StorageSnapshot.h"
+
+#include <vector>
+
+namespace corvel::cli {
+
+struct Diagnosis {
+    DiagnosticReport report;
+    std::vector<DimensionAssessment> health;
+};
+
+// Evaluates `snapshot` with the thresholds, expected volumes and verification dates of the
+// settings. Topologies are not inspected yet, so the connection dimension stays unknown.
+Diagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot);
+
+// Overall severity, health score, one line per dimension, then the findings that need action.
+void printHealthSummary(CliContext& context, const Diagnosis& diagnosis);
+
+void addDiagnosisJson(Json& document, const Diagnosis& diagnosis);
+
+}  // namespace corvel::cli
