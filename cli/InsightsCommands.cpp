@@ -2,10 +2,9 @@
 // at the screen that would act on it. Nothing here acts.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "DiagnoseCommands.h"
 #include "MachineInsights.h"
 #include "common/ByteFormat.h"
-#include "diagnostics/DiagnosticEngine.h"
-#include "diagnostics/SettingsStore.h"
 #include "insights/InsightEngine.h"
 #include "storage/MachineStorage.h"
 
@@ -27,10 +26,7 @@ void registerInsightsCommands(CLI::App& app, CliContext& context) {
             throw UsageError("--min-bytes: " + std::to_string(*minimumBytes) + " is negative; give a byte count");
         const auto snapshot =
             MachineStorage::snapshot(context.runner(discoveryTimeoutSeconds), context.recording(), context.now());
-        SettingsStore settings(context.dataDir(), context.home());
-        const auto loaded = settings.load();
-        const auto report = DiagnosticEngine(loaded.settings.thresholds).evaluate(snapshot);
-        const auto result = machineInsights(context, snapshot, report, *minimumBytes);
+        const auto result = machineInsights(context, snapshot, diagnose(context, snapshot).report, *minimumBytes);
 
         if (context.json()) {
             context.printJson(Json{{"insights", result.insights}});
@@ -45,7 +41,6 @@ void registerInsightsCommands(CLI::App& app, CliContext& context) {
                       << style.dim(result.scanSummary.value_or("No scan summary yet: run velmora scan to rank space.") +
                                    " Space suggestions start at " + ByteFormat::string(*minimumBytes) + ".")
                       << '\n';
-        if (loaded.warning) context.out() << style.yellow("! ") << *loaded.warning << '\n';
         for (const auto& note : result.notes) context.out() << style.yellow("! ") << note << '\n';
     });
 }

@@ -9,6 +9,9 @@
 namespace corvel::cli {
 namespace {
 
+// Enough for a glance; `velmora insights` lists them all.
+constexpr std::size_t topInsightCount = 3;
+
 std::string severityBadge(Severity severity, const Style& style) {
     const std::string text(label(severity));
     switch (severity) {
@@ -45,6 +48,12 @@ MachineInsights machineInsights(CliContext& context, const StorageSnapshot& snap
 
     result.insights = InsightEngine::insights(input, minimumBytes);
     return result;
+}
+
+void printTopInsights(CliContext& context, const MachineInsights& insights) {
+    context.out() << '\n' << context.style().bold("Insights") << '\n';
+    printInsights(context, insights.insights, topInsightCount, "  ");
+    for (const auto& note : insights.notes) context.out() << "  " << context.style().yellow("! ") << note << '\n';
 }
 
 void printInsights(CliContext& context, const std::vector<Insight>& insights, std::size_t limit,

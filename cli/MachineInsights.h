@@ -6,6 +6,7 @@
 #include "CliContext.h"
 #include "diagnostics/DiagnosticReport.h"
 #include "insights/Insight.h"
+#include "insights/InsightEngine.h"
 #include "storage/StorageSnapshot.h"
 
 #include <cstddef>
@@ -24,6 +25,9 @@ struct MachineInsights {
 
 MachineInsights machineInsights(CliContext& context, const StorageSnapshot& snapshot, const DiagnosticReport& report,
                                 std::int64_t minimumBytes);
+
+// The few most important insights under a heading, as `status` shows them.
+void printTopInsights(CliContext& context, const MachineInsights& insights);
 
 // At most `limit` insights, most important first, each with its detail, amount, risk and action.
 void printInsights(CliContext& context, const std::vector<Insight>& insights, std::size_t limit,

@@ -3,6 +3,7 @@
 #include "CliErrors.h"
 #include "Commands.h"
 #include "DiagnoseCommands.h"
+#include "MachineInsights.h"
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 #include "common/Text.h"
@@ -166,9 +167,12 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
     status->callback([&context] {
         const StorageSnapshot snapshot = takeSnapshot(context);
         const Diagnosis diagnosis = diagnose(context, snapshot);
+        const auto insights =
+            machineInsights(context, snapshot, diagnosis.report, InsightEngine::defaultMinimumBytes);
         if (context.json()) {
             Json document{{"snapshot", snapshot}};
             addDiagnosisJson(document, diagnosis);
+            document["insights"] = insights.insights;
             context.printJson(document);
             return;
         }
@@ -178,6 +182,7 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
         printVolumes(context, snapshot);
         context.out() << '\n';
         printHealthSummary(context, diagnosis);
+        printTopInsights(context, insights);
         printWarnings(context, snapshot);
     });
 

@@ -3,6 +3,7 @@
 #include "common/AtomicFile.h"
 #include "common/Json.h"
 #include "docker/DockerInventory.h"
+#include "insights/Insight.h"
 #include "space/SpaceSummary.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,7 @@ Outcome velmora(std::vector<std::string> words) {
         runCommandLine(static_cast<int>(argv.size()), argv.data(), context, [](CLI::App& app, CliContext& ctx) {
             registerDockerCommands(app, ctx);
             registerInsightsCommands(app, ctx);
+            registerStatusCommands(app, ctx);
         });
     outcome.out = out.str();
     outcome.err = err.str();
@@ -213,6 +215,26 @@ TEST(InsightsCommand, ANegativeOrNonNumericThresholdIsBadUsage) {
     outcome = velmora({"insights", "--min-bytes", "lots", "--data-dir", data.path()});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_NE(outcome.err.find("--min-bytes"), std::string::npos) << outcome.err;
+}
+
+TEST(StatusWithInsights, TopInsightsFollowTheHealthLinesAndJoinTheJSON) {
+    TemporaryDataFolder data;
+    const auto human = velmora({"status", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    ASSERT_EQ(human.status, 0) << human.err;
+    const auto health = human.out.find("Health\n");
+    const auto insights = human.out.find("Insights\n");
+    ASSERT_NE(health, std::string::npos);
+    ASSERT_NE(insights, std::string::npos);
+    EXPECT_LT(health, insights);
+    EXPECT_NE(human.out.find("Docker's disk image uses 41.88 GB on the internal SSD", insights), std::string::npos);
+
+    const auto json =
+        velmora({"--json", "status", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto document = Json::parse(json.out);
+    EXPECT_TRUE(document.contains("report"));
+    EXPECT_EQ(insightIDs(document), (std::vector<std::string>{"docker.move", "space.scan"}));
+    EXPECT_EQ(document.at("insights").at(0).get<Insight>().destination, Insight::Destination::docker);
 }
 
 }  // namespace corvel::cli
