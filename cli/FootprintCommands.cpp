@@ -54,14 +54,16 @@ bool isInside(const std::string& path, const std::string& folder) {
            path[folder.size()] == '/';
 }
 
+// The folder's real path: the walk does not follow links and stays on the root's volume, so a
+// root given through a link (a cache moved to another disk) must be measured where it lies.
 std::string requireFolder(const std::string& typed, const std::string& what) {
-    const std::string path = PhysicalFootprint::standardizedPath(typed);
     std::error_code error;
-    const auto status = fs::status(path, error);
+    const auto status = fs::status(typed, error);
     if (error || status.type() == fs::file_type::not_found)
         throw UsageError(what + "'" + typed + "': no such folder");
     if (status.type() != fs::file_type::directory) throw UsageError(what + "'" + typed + "': not a folder");
-    return path;
+    const fs::path resolved = fs::canonical(typed, error);
+    return PhysicalFootprint::standardizedPath(error ? fs::path(typed) : resolved);
 }
 
 std::vector<std::string> totalsCells(const std::string& name, const PhysicalFootprint::Totals& totals) {

@@ -74,10 +74,23 @@ TEST_F(FootprintCommands, FootprintJsonGivesTotalsPerAreaWithHardLinksCountedOnc
     EXPECT_EQ(document["total"]["fileCount"], 2);
     EXPECT_EQ(document["total"]["logicalBytes"], 25'000);
     EXPECT_EQ(document["total"]["unreadableFiles"], 0);
-    EXPECT_EQ(document["areas"][path("tree/images")]["fileCount"], 1);
-    EXPECT_EQ(document["areas"][path("tree/images")]["logicalBytes"], 20'000);
+    const std::string images = fs::canonical(path("tree/images")).string();
+    EXPECT_EQ(document["areas"][images]["fileCount"], 1);
+    EXPECT_EQ(document["areas"][images]["logicalBytes"], 20'000);
     EXPECT_EQ(document["deniedDirectories"], 0);
     EXPECT_EQ(document["wasCancelled"], false);
+}
+
+TEST_F(FootprintCommands, FootprintMeasuresARootGivenThroughALinkWhereItLies) {
+    write("real/data.bin", 7'000);
+    write("real/sub/more.bin", 1'000);
+    ASSERT_EQ(::symlink(path("real").c_str(), path("link").c_str()), 0);
+    const Outcome outcome = velmora("--json footprint '" + path("link") + "' --area '" + path("link/sub") + "'");
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const Json document = Json::parse(outcome.out);
+    EXPECT_EQ(document["total"]["fileCount"], 2);
+    const std::string realSub = fs::canonical(path("real/sub")).string();
+    EXPECT_EQ(document["areas"][realSub]["logicalBytes"], 1'000) << document.dump();
 }
 
 TEST_F(FootprintCommands, FootprintPrintsTheTotalsTable) {
