@@ -80,6 +80,8 @@ protected:
         return run("cp --reflink=always '" + from + "' '" + to + "'") == 0;
     }
 
+    static std::string workspace() { return workspace_->root().string(); }
+
     std::string tree_;
 
 private:
@@ -140,6 +142,15 @@ TEST_F(ReflinkFootprint, AClonePartlyOverwrittenOwnsOnlyTheNewBlocks) {
 
     const auto result = PhysicalFootprint::measure(tree_, {}, nullptr, nullptr);
     EXPECT_EQ(result.total.uniquePhysicalBytes, megabyte + 64 * 1024);
+}
+
+TEST_F(ReflinkFootprint, AMountPointBelowTheRootIsNotEntered) {
+    writeRandom(tree_ + "/on-xfs", megabyte);
+    // The workspace holds the image file and, below it, the mounted XFS volume.
+    const auto result = PhysicalFootprint::measure(workspace(), {}, nullptr, nullptr);
+    EXPECT_EQ(result.total.fileCount, 1);  // the image, nothing from inside the mount
+    EXPECT_EQ(result.total.logicalBytes, 320ll << 20);
+    EXPECT_EQ(result.deniedDirectories, 0);
 }
 
 }  // namespace
