@@ -7,7 +7,6 @@
 #include <array>
 #include <ctime>
 #include <fmt/format.h>
-#include <functional>
 
 namespace corvel::HealthAssessment {
 

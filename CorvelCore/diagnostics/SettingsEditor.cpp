@@ -10,7 +10,6 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <functional>
-#include <limits>
 
 namespace corvel::SettingsEditor {
 

@@ -153,5 +153,12 @@ TEST(RecordedMachines, LinuxWorkstation) {
                                       }));
 }
 
+TEST(RecordedMachines, LinuxDockerEngineHostDiagnosesLikeTheWorkstationItRunsOn) {
+    const auto docker = replay("linux-docker-engine");
+    const auto workstation = replay("linux-workstation");
+    EXPECT_EQ(findingKeys(docker.report), findingKeys(workstation.report));
+    EXPECT_EQ(healthLines(assess(docker)), healthLines(assess(workstation)));
+}
+
 }  // namespace
 }  // namespace corvel
