@@ -69,6 +69,12 @@ std::string subjectText(const Finding& finding) {
     return finding.subjectName;
 }
 
+// Severity, subject, title: "Critical  Macintosh HD: Almost out of space".
+std::string headline(const Finding& finding, const Style& style) {
+    return severityText(finding.severity, style, severityWidth()) + "  " + subjectText(finding) + ": " +
+           style.bold(finding.title);
+}
+
 void printSource(CliContext& context, const StorageSnapshot& snapshot) {
     if (const auto* machine = context.recording()) {
         context.out() << context.style().dim("Recorded machine: " + machine->name + " (" +
@@ -90,8 +96,7 @@ std::string overallText(const DiagnosticReport& report, const Style& style) {
 void printFinding(CliContext& context, const Finding& finding) {
     const auto& style = context.style();
     auto& out = context.out();
-    out << "  " << severityText(finding.severity, style, severityWidth()) << "  " << style.bold(finding.title) << "  "
-        << style.dim(subjectText(finding)) << '\n';
+    out << "  " << headline(finding, style) << '\n';
     out << "    " << finding.detail << '\n';
     if (finding.recommendation) out << "    " << style.dim("Recommendation:") << ' ' << *finding.recommendation << '\n';
     if (finding.evidence) out << "    " << style.dim("Evidence:") << ' ' << *finding.evidence << '\n';
@@ -119,8 +124,7 @@ void printDimensions(CliContext& context, const std::vector<DimensionAssessment>
         if (!withDetails) continue;
         for (const auto& evidence : assessment.evidence) context.out() << "      " << style.dim(evidence) << '\n';
         for (const auto& finding : assessment.findings)
-            context.out() << "      " << severityText(finding.severity, style) << ": " << finding.title << "  "
-                          << style.dim(subjectText(finding)) << '\n';
+            context.out() << "      " << headline(finding, style) << '\n';
     }
 }
 
@@ -146,8 +150,7 @@ void printHealthSummary(CliContext& context, const Diagnosis& diagnosis) {
     if (actionable.empty()) return;
     context.out() << '\n' << style.bold("Needs attention") << '\n';
     for (const auto* finding : actionable)
-        context.out() << "  " << severityText(finding->severity, style, severityWidth()) << "  " << finding->title << "  "
-                      << style.dim(subjectText(*finding)) << '\n';
+        context.out() << "  " << headline(*finding, style) << '\n';
 }
 
 void addDiagnosisJson(Json& document, const Diagnosis& diagnosis) {
