@@ -50,8 +50,7 @@ private:
 
 bool isInside(const std::string& path, const std::string& folder) {
     if (folder == "/") return path.size() > 1 && path.front() == '/';
-    return path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
-           path[folder.size()] == '/';
+    return path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/';
 }
 
 // The folder's real path: the walk does not follow links and stays on the root's volume, so a
@@ -59,8 +58,7 @@ bool isInside(const std::string& path, const std::string& folder) {
 std::string requireFolder(const std::string& typed, const std::string& what) {
     std::error_code error;
     const auto status = fs::status(typed, error);
-    if (error || status.type() == fs::file_type::not_found)
-        throw UsageError(what + "'" + typed + "': no such folder");
+    if (error || status.type() == fs::file_type::not_found) throw UsageError(what + "'" + typed + "': no such folder");
     if (status.type() != fs::file_type::directory) throw UsageError(what + "'" + typed + "': not a folder");
     const fs::path resolved = fs::canonical(typed, error);
     return PhysicalFootprint::standardizedPath(error ? fs::path(typed) : resolved);
@@ -145,8 +143,8 @@ void printDev(CliContext& context, const std::vector<DevRow>& rows) {
     const Style& style = context.style();
     using Align = Table::Align;
     Table table({Align::left, Align::left, Align::right, Align::right, Align::left});
-    table.addRow({style.bold("location"), style.bold("category"), style.bold("size"), style.bold("files"),
-                  style.bold("note")});
+    table.addRow(
+        {style.bold("location"), style.bold("category"), style.bold("size"), style.bold("files"), style.bold("note")});
     std::int64_t total = 0;
     int present = 0;
     for (const DevRow& row : rows) {
@@ -193,8 +191,9 @@ void runDev(CliContext& context) {
 
 void addDevCommand(CLI::App& app, CliContext& context) {
     auto* command = app.add_subcommand(
-        "dev", "Measure the folders where developer tools keep caches, SDKs and toolchains (missing ones are "
-               "shown as not present)");
+        "dev",
+        "Measure the folders where developer tools keep caches, SDKs and toolchains (missing ones are "
+        "shown as not present)");
     command->callback([&context] { runDev(context); });
 }
 

@@ -48,8 +48,8 @@ std::optional<FileSizeFacts> decode(std::span<const std::byte> reply) {
     const auto directory = cursor.next<std::uint32_t>();
     const auto file = cursor.next<std::uint32_t>();
     const auto extended = cursor.next<std::uint32_t>();
-    if ((common & ~requestedCommon) != 0 || volume != 0 || directory != 0 ||
-        (file & ~requestedFile) != 0 || (extended & ~requestedExtended) != 0)
+    if ((common & ~requestedCommon) != 0 || volume != 0 || directory != 0 || (file & ~requestedFile) != 0 ||
+        (extended & ~requestedExtended) != 0)
         return std::nullopt;
 
     FileSizeFacts facts;

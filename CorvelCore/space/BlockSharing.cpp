@@ -1,7 +1,7 @@
 #include "space/BlockSharing.h"
 
-#include <array>
 #include <algorithm>
+#include <array>
 
 namespace corvel::BlockSharing {
 

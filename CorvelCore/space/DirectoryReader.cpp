@@ -11,7 +11,9 @@ namespace {
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+bool isContinuation(unsigned char byte) {
+    return (byte & 0xC0) == 0x80;
+}
 
 // Length of the well-formed UTF-8 sequence starting at `i`, or 0 when it is not well formed
 // (overlong forms, surrogates and code points above U+10FFFF included).
@@ -58,8 +60,7 @@ private:
 }  // namespace
 
 Failure Failure::other(std::int32_t errorNumber, const std::string& path) {
-    return Failure(Kind::other, errorNumber,
-                   "cannot list " + path + ": " + std::strerror(errorNumber));
+    return Failure(Kind::other, errorNumber, "cannot list " + path + ": " + std::strerror(errorNumber));
 }
 
 Failure Failure::accessDenied(const std::string& path) {
@@ -68,10 +69,14 @@ Failure Failure::accessDenied(const std::string& path) {
 
 EntryType entryType(unsigned char directoryEntryType) {
     switch (directoryEntryType) {
-        case DT_DIR: return EntryType::directory;
-        case DT_REG: return EntryType::regular;
-        case DT_LNK: return EntryType::symlink;
-        default: return EntryType::other;
+        case DT_DIR:
+            return EntryType::directory;
+        case DT_REG:
+            return EntryType::regular;
+        case DT_LNK:
+            return EntryType::symlink;
+        default:
+            return EntryType::other;
     }
 }
 

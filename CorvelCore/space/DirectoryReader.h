@@ -26,7 +26,6 @@ enum class EntryType { directory, regular, symlink, other };
 
 struct Entry {
     std::string name;  // raw bytes of the name
-
     EntryType type = EntryType::other;
 
     bool operator==(const Entry&) const = default;
@@ -43,9 +42,7 @@ public:
     // The system error number behind an `other` failure (0 for accessDenied).
     std::int32_t errorNumber() const { return errorNumber_; }
 
-    bool operator==(const Failure& other) const {
-        return kind_ == other.kind_ && errorNumber_ == other.errorNumber_;
-    }
+    bool operator==(const Failure& other) const { return kind_ == other.kind_ && errorNumber_ == other.errorNumber_; }
 
 private:
     Failure(Kind kind, std::int32_t errorNumber, const std::string& message)

@@ -14,8 +14,7 @@ using DirectoryReader::EntryType;
 
 // A location that is itself a symbolic link (a cache moved to another disk and linked back) is
 // measured where it points; links further down are never followed.
-std::optional<std::string> resolveLocation(const std::filesystem::path& location,
-                                           FileMetadataReading& files) {
+std::optional<std::string> resolveLocation(const std::filesystem::path& location, FileMetadataReading& files) {
     std::string path = PhysicalFootprint::standardizedPath(location);
     for (int hops = 0; hops < 40; ++hops) {
         const std::optional<PathStatus> status = files.status(path);
@@ -33,8 +32,7 @@ std::optional<std::string> resolveLocation(const std::filesystem::path& location
 }  // namespace
 
 std::optional<DirectoryMeasurement> measure(const std::filesystem::path& location, TimePoint now,
-                                            const std::function<bool()>& isCancelled,
-                                            FileMetadataReading& files) {
+                                            const std::function<bool()>& isCancelled, FileMetadataReading& files) {
     const std::optional<std::string> root = resolveLocation(location, files);
     if (!root) return std::nullopt;
     const std::optional<PathStatus> rootStatus = files.status(*root);
@@ -71,8 +69,7 @@ std::optional<DirectoryMeasurement> measure(const std::filesystem::path& locatio
             if (status->type == EntryType::directory) {
                 if (status->device == rootStatus->device) pending.push_back(child);
             } else if (status->type == EntryType::regular) {
-                measurement.allocatedBytes =
-                    checkedAdd(measurement.allocatedBytes, status->allocatedBytes);
+                measurement.allocatedBytes = checkedAdd(measurement.allocatedBytes, status->allocatedBytes);
                 measurement.fileCount += 1;
                 if (measurement.fileCount % cancellationPollInterval == 0 && cancelled()) {
                     measurement.wasCancelled = true;

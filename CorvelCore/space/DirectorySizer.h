@@ -25,8 +25,7 @@ inline constexpr std::int64_t cancellationPollInterval = 1'000;
 
 // Absent when nothing exists at `location`.
 std::optional<DirectoryMeasurement> measure(const std::filesystem::path& location, TimePoint now,
-                                            const std::function<bool()>& isCancelled,
-                                            FileMetadataReading& files);
+                                            const std::function<bool()>& isCancelled, FileMetadataReading& files);
 
 // The same over the live file system.
 std::optional<DirectoryMeasurement> measure(const std::filesystem::path& location, TimePoint now,

@@ -18,8 +18,7 @@ bool joins(const ExtentRange& last, const ExtentRange& next) {
 bool isMerged(const std::vector<ExtentRange>& ranges) {
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         if (ranges[i].upper < ranges[i].lower) return false;
-        if (i > 0 && (ranges[i].lower < ranges[i - 1].lower || joins(ranges[i - 1], ranges[i])))
-            return false;
+        if (i > 0 && (ranges[i].lower < ranges[i - 1].lower || joins(ranges[i - 1], ranges[i]))) return false;
     }
     return true;
 }
@@ -47,7 +46,9 @@ void ExtentUnion::add(std::span<const ExtentRange> more) {
     if (ranges.size() > compactionThreshold) compact();
 }
 
-void ExtentUnion::compact() { ranges = merge(std::move(ranges)); }
+void ExtentUnion::compact() {
+    ranges = merge(std::move(ranges));
+}
 
 std::int64_t ExtentUnion::bytes() const {
     // The final count of a walk usually follows a compact(); skip the copy then.

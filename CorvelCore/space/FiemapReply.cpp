@@ -57,8 +57,7 @@ std::vector<ExtentRange> physicalRanges(std::span<const FiemapExtent> extents) {
     ranges.reserve(extents.size());
     for (const FiemapExtent& extent : extents) {
         if (extent.flags & (flagUnknown | flagDelayedAllocation | flagInline)) continue;
-        if (extent.length == 0 || extent.physical > maxOffset ||
-            extent.length - 1 > maxOffset - extent.physical)
+        if (extent.length == 0 || extent.physical > maxOffset || extent.length - 1 > maxOffset - extent.physical)
             continue;
         const auto lower = static_cast<std::int64_t>(extent.physical);
         ranges.push_back({lower, lower + static_cast<std::int64_t>(extent.length - 1)});

@@ -37,8 +37,7 @@ std::optional<FileSizeFacts> facts(const std::string& path);
 // The device ranges holding the file's data; empty when `logicalSize` is below 1; absent when
 // the file cannot be opened or the very first extent query fails (a later failure keeps the
 // ranges found so far).
-std::optional<std::vector<ExtentRange>> physicalExtents(const std::string& path,
-                                                        std::int64_t logicalSize);
+std::optional<std::vector<ExtentRange>> physicalExtents(const std::string& path, std::int64_t logicalSize);
 
 // lstat: type, device and allocated size of the path itself.
 std::optional<PathStatus> status(const std::string& path);

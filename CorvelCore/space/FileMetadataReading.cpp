@@ -14,8 +14,8 @@ std::optional<FileSizeFacts> SystemFileMetadata::facts(const std::string& path) 
     return FileAttributes::facts(path);
 }
 
-std::optional<std::vector<ExtentRange>> SystemFileMetadata::physicalExtents(
-    const std::string& path, std::int64_t logicalSize) {
+std::optional<std::vector<ExtentRange>> SystemFileMetadata::physicalExtents(const std::string& path,
+                                                                            std::int64_t logicalSize) {
     return FileAttributes::physicalExtents(path, logicalSize);
 }
 

@@ -35,8 +35,7 @@ public:
     std::vector<DirectoryReader::Entry> readDirectory(const std::string& path) override;
     std::optional<PathStatus> status(const std::string& path) override;
     std::optional<FileSizeFacts> facts(const std::string& path) override;
-    std::optional<std::vector<ExtentRange>> physicalExtents(const std::string& path,
-                                                            std::int64_t logicalSize) override;
+    std::optional<std::vector<ExtentRange>> physicalExtents(const std::string& path, std::int64_t logicalSize) override;
 };
 
 }  // namespace corvel

@@ -25,17 +25,13 @@ constexpr Template macLocations[] = {
     {"Xcode Caches", xcode, "Library/Caches/com.apple.dt.Xcode", "Regenerated automatically."},
     {"Simulator Devices", simulators, "Library/Developer/CoreSimulator/Devices",
      "Simulator data. Remove unavailable devices with `xcrun simctl delete unavailable`."},
-    {"Simulator Caches", simulators, "Library/Developer/CoreSimulator/Caches",
-     "Dyld and runtime caches."},
-    {"SwiftPM Cache", packageManagers, "Library/Caches/org.swift.swiftpm",
-     "Cached package checkouts."},
+    {"Simulator Caches", simulators, "Library/Developer/CoreSimulator/Caches", "Dyld and runtime caches."},
+    {"SwiftPM Cache", packageManagers, "Library/Caches/org.swift.swiftpm", "Cached package checkouts."},
     {"CocoaPods Cache", packageManagers, "Library/Caches/CocoaPods", "Pod downloads."},
-    {"Homebrew Cache", packageManagers, "Library/Caches/Homebrew",
-     "Downloaded bottles. `brew cleanup` trims it."},
+    {"Homebrew Cache", packageManagers, "Library/Caches/Homebrew", "Downloaded bottles. `brew cleanup` trims it."},
     {"npm Cache", packageManagers, ".npm", "`npm cache clean --force` clears it."},
     {"Yarn Cache", packageManagers, "Library/Caches/Yarn", "Yarn classic package cache."},
-    {"pnpm Store", packageManagers, "Library/pnpm/store",
-     "`pnpm store prune` removes unreferenced packages."},
+    {"pnpm Store", packageManagers, "Library/pnpm/store", "`pnpm store prune` removes unreferenced packages."},
     {"pip Cache", packageManagers, "Library/Caches/pip", "`pip cache purge` clears it."},
     {"Gradle Caches", packageManagers, ".gradle/caches", "Dependency and build caches."},
     {"Maven Repository", packageManagers, ".m2/repository", "Downloaded artifacts."},
@@ -43,20 +39,17 @@ constexpr Template macLocations[] = {
     {"Go Module Cache", packageManagers, "go/pkg/mod", "`go clean -modcache` clears it."},
     {"Rust Toolchains", toolchains, ".rustup/toolchains", "Installed Rust toolchains."},
     {"Node Versions (nvm)", toolchains, ".nvm/versions", "Node.js versions installed via nvm."},
-    {"Android SDK", toolchains, "Library/Android/sdk",
-     "SDK platforms, system images, and emulators."},
+    {"Android SDK", toolchains, "Library/Android/sdk", "SDK platforms, system images, and emulators."},
 };
 
 // The same tools on Linux keep their caches under ~/.cache (XDG) or their own dot folders;
 // Xcode and the simulators have no Linux counterpart.
 constexpr Template linuxLocations[] = {
     {"SwiftPM Cache", packageManagers, ".cache/org.swift.swiftpm", "Cached package checkouts."},
-    {"Homebrew Cache", packageManagers, ".cache/Homebrew",
-     "Downloaded bottles. `brew cleanup` trims it."},
+    {"Homebrew Cache", packageManagers, ".cache/Homebrew", "Downloaded bottles. `brew cleanup` trims it."},
     {"npm Cache", packageManagers, ".npm", "`npm cache clean --force` clears it."},
     {"Yarn Cache", packageManagers, ".cache/yarn", "Yarn classic package cache."},
-    {"pnpm Store", packageManagers, ".local/share/pnpm/store",
-     "`pnpm store prune` removes unreferenced packages."},
+    {"pnpm Store", packageManagers, ".local/share/pnpm/store", "`pnpm store prune` removes unreferenced packages."},
     {"pip Cache", packageManagers, ".cache/pip", "`pip cache purge` clears it."},
     {"Gradle Caches", packageManagers, ".gradle/caches", "Dependency and build caches."},
     {"Maven Repository", packageManagers, ".m2/repository", "Downloaded artifacts."},
@@ -69,13 +62,12 @@ constexpr Template linuxLocations[] = {
 };
 
 template <std::size_t N>
-std::vector<FootprintLocation> resolve(const Template (&templates)[N],
-                                       const std::filesystem::path& home) {
+std::vector<FootprintLocation> resolve(const Template (&templates)[N], const std::filesystem::path& home) {
     std::vector<FootprintLocation> locations;
     locations.reserve(N);
     for (const Template& item : templates) {
-        locations.push_back({std::string(item.name), item.category,
-                             (home / item.relativePath).string(), std::string(item.note)});
+        locations.push_back(
+            {std::string(item.name), item.category, (home / item.relativePath).string(), std::string(item.note)});
     }
     return locations;
 }
@@ -90,16 +82,13 @@ std::vector<FootprintLocation> FootprintLocation::linuxDefaults(const std::files
     return resolve(linuxLocations, home);
 }
 
-std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem::path& home,
-                                                           HostPlatform platform) {
+std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem::path& home, HostPlatform platform) {
     return platform == HostPlatform::linux ? linuxDefaults(home) : defaults(home);
 }
 
 void to_json(Json& json, const FootprintLocation& location) {
-    json = Json{{"name", location.name},
-                {"category", location.category},
-                {"path", location.path},
-                {"note", location.note}};
+    json = Json{
+        {"name", location.name}, {"category", location.category}, {"path", location.path}, {"note", location.note}};
 }
 
 void from_json(const Json& json, FootprintLocation& location) {

@@ -28,8 +28,7 @@ struct FootprintLocation {
     // Where the same tools keep the same data in a Linux home folder (XDG cache, dot folders).
     static std::vector<FootprintLocation> linuxDefaults(const std::filesystem::path& home);
     // The list for the given platform.
-    static std::vector<FootprintLocation> defaults(const std::filesystem::path& home,
-                                                   HostPlatform platform);
+    static std::vector<FootprintLocation> defaults(const std::filesystem::path& home, HostPlatform platform);
 };
 
 void to_json(Json& json, const FootprintLocation& location);

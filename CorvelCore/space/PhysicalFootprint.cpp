@@ -118,13 +118,11 @@ private:
         if (facts->linkCount >= 2 && !countedLinks_.insert(facts->fileID).second) return;
         global_.countFile(*facts);
         if (area != nullptr) area->countFile(*facts);
-        if (progress_ && global_.totals.fileCount % progressInterval == 0)
-            progress_(global_.totals.fileCount);
+        if (progress_ && global_.totals.fileCount % progressInterval == 0) progress_(global_.totals.fileCount);
 
         if (facts->exclusiveBytes && *facts->exclusiveBytes >= facts->allocatedBytes) {
             global_.privateBytes = checkedAdd(global_.privateBytes, facts->allocatedBytes);
-            if (area != nullptr)
-                area->privateBytes = checkedAdd(area->privateBytes, facts->allocatedBytes);
+            if (area != nullptr) area->privateBytes = checkedAdd(area->privateBytes, facts->allocatedBytes);
             return;
         }
         const auto ranges = files_.physicalExtents(path, facts->logicalBytes);
@@ -192,14 +190,13 @@ std::string childPath(const std::string& directory, const std::string& name) {
     return directory + "/" + name;
 }
 
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas,
-               const Progress& progress, const CancellationCheck& isCancelled,
-               FileMetadataReading& files) {
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+               const CancellationCheck& isCancelled, FileMetadataReading& files) {
     return Walk(areas, progress, files).run(standardizedPath(root), isCancelled);
 }
 
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas,
-               const Progress& progress, const CancellationCheck& isCancelled) {
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+               const CancellationCheck& isCancelled) {
     SystemFileMetadata files;
     return measure(root, areas, progress, isCancelled, files);
 }

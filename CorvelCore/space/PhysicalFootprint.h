@@ -58,13 +58,12 @@ inline constexpr std::int64_t progressInterval = 10'000;
 // `areas` are absolute folder paths accounted separately; a file belongs to the innermost area
 // that holds it. `progress` may be empty; `isCancelled` is polled before each folder and, when
 // it answers true, the partial totals come back with wasCancelled set.
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas,
-               const Progress& progress, const CancellationCheck& isCancelled,
-               FileMetadataReading& files);
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+               const CancellationCheck& isCancelled, FileMetadataReading& files);
 
 // The same over the live file system.
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas,
-               const Progress& progress, const CancellationCheck& isCancelled);
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+               const CancellationCheck& isCancelled);
 
 // Absolute, without "." and ".." components or a trailing "/" (except for "/" itself):
 // the form in which roots and areas are compared.

@@ -44,8 +44,8 @@ protected:
     // Runs velmora with `arguments` (already shell-quoted) and `environment` assignments first.
     Outcome velmora(const std::string& arguments, const std::string& environment = "") const {
         const std::string errFile = path("stderr.txt");
-        const std::string command = environment + " " + CORVEL_VELMORA_BINARY + " " + arguments +
-                                    " 2>'" + errFile + "'";
+        const std::string command =
+            environment + " " + CORVEL_VELMORA_BINARY + " " + arguments + " 2>'" + errFile + "'";
         Outcome outcome;
         FILE* pipe = ::popen(command.c_str(), "r");
         if (!pipe) return outcome;
@@ -67,8 +67,7 @@ TEST_F(FootprintCommands, FootprintJsonGivesTotalsPerAreaWithHardLinksCountedOnc
     write("tree/images/layer.bin", 20'000);
     write("tree/volumes/db.bin", 5'000);
     ASSERT_EQ(::link(path("tree/volumes/db.bin").c_str(), path("tree/db-link.bin").c_str()), 0);
-    const Outcome outcome =
-        velmora("--json footprint '" + path("tree") + "' --area '" + path("tree/images/") + "'");
+    const Outcome outcome = velmora("--json footprint '" + path("tree") + "' --area '" + path("tree/images/") + "'");
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const Json document = Json::parse(outcome.out);
     EXPECT_EQ(document["total"]["fileCount"], 2);

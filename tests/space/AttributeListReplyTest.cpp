@@ -13,8 +13,8 @@ namespace Reply = AttributeListReply;
 // attribute in order, every one padded to 4 bytes.
 class ReplyBuilder {
 public:
-    ReplyBuilder(std::uint32_t common, std::uint32_t file, std::uint32_t extended,
-                 std::uint32_t volume = 0, std::uint32_t directory = 0) {
+    ReplyBuilder(std::uint32_t common, std::uint32_t file, std::uint32_t extended, std::uint32_t volume = 0,
+                 std::uint32_t directory = 0) {
         put(std::uint32_t{0});  // length, filled in by bytes()
         put(common | Reply::commonReturnedAttributes);
         put(volume);

@@ -32,8 +32,7 @@ TEST(DirectorySizerOnDisk, ASingleFileIsOneFileOfItsAllocatedSize) {
     folder.write("cache.db", std::string(50'000, 'c'));
     const auto measurement = DirectorySizer::measure(folder.path("cache.db"), now, nullptr);
     ASSERT_TRUE(measurement);
-    EXPECT_EQ(*measurement,
-              (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false}));
+    EXPECT_EQ(*measurement, (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false}));
     EXPECT_GE(measurement->allocatedBytes, 50'000);
 }
 
@@ -44,8 +43,7 @@ TEST(DirectorySizerOnDisk, SumsRegularFilesIncludingHiddenOnesWithoutFollowingLi
     folder.write("cache/.hidden/b.bin", std::string(20'000, 'b'));
     folder.write("cache/deep/er/c.bin", "c");
     ASSERT_EQ(symlink(folder.path("outside").c_str(), folder.path("cache/link-dir").c_str()), 0);
-    ASSERT_EQ(symlink(folder.path("outside/huge.bin").c_str(), folder.path("cache/link").c_str()),
-              0);
+    ASSERT_EQ(symlink(folder.path("outside/huge.bin").c_str(), folder.path("cache/link").c_str()), 0);
     const auto measurement = DirectorySizer::measure(folder.path("cache"), now, nullptr);
     ASSERT_TRUE(measurement);
     EXPECT_EQ(measurement->fileCount, 3);
@@ -97,8 +95,8 @@ TEST(DirectorySizerWalk, CancellingDuringALargeFolderReturnsPartialTotals) {
     for (int i = 0; i < fileCount; ++i) files.file("/cache/f" + std::to_string(i), 10, {{0, 9}});
     int polls = 0;
     // The first poll comes before the folder is read; the next ones while its files are counted.
-    const auto measurement =
-        DirectorySizer::measure("/cache", now, [&] { return ++polls == 3; }, files);
+    const auto measurement = DirectorySizer::measure(
+        "/cache", now, [&] { return ++polls == 3; }, files);
     ASSERT_TRUE(measurement);
     EXPECT_TRUE(measurement->wasCancelled);
     EXPECT_EQ(measurement->fileCount, 2 * DirectorySizer::cancellationPollInterval);

@@ -17,8 +17,7 @@ TEST(ExtentUnionMerge, CoalescesTouchingAndOverlappingRanges) {
 }
 
 TEST(ExtentUnionMerge, SortsByLowerBoundBeforeFolding) {
-    EXPECT_EQ(ExtentUnion::merge({{50, 59}, {0, 9}, {10, 12}, {40, 49}}),
-              (Ranges{{0, 12}, {40, 59}}));
+    EXPECT_EQ(ExtentUnion::merge({{50, 59}, {0, 9}, {10, 12}, {40, 49}}), (Ranges{{0, 12}, {40, 59}}));
 }
 
 TEST(ExtentUnionMerge, DropsEmptyRangesAndHandlesTheEdgesOfTheOffsetSpace) {

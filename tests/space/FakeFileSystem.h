@@ -20,8 +20,8 @@ public:
         EntryType type = EntryType::regular;
         std::int32_t device = 1;
         bool isDenied = false;
-        bool hasUnknownEntryType = false;   // listed as `other`, as some file systems do
-        std::optional<FileSizeFacts> facts;  // absent: facts cannot be read
+        bool hasUnknownEntryType = false;                 // listed as `other`, as some file systems do
+        std::optional<FileSizeFacts> facts;               // absent: facts cannot be read
         std::optional<std::vector<ExtentRange>> extents;  // absent: extents cannot be read
     };
 
@@ -39,13 +39,11 @@ public:
     }
 
     // A file whose blocks are `extents`; shared ones are what makes it a clone.
-    FakeFileSystem& file(const std::string& path, std::int64_t logicalBytes,
-                         std::vector<ExtentRange> extents,
+    FakeFileSystem& file(const std::string& path, std::int64_t logicalBytes, std::vector<ExtentRange> extents,
                          std::optional<std::int64_t> exclusiveBytes = std::nullopt) {
         std::int64_t allocated = 0;
         for (const auto& range : extents) allocated += range.upper - range.lower + 1;
-        FileSizeFacts facts{1, nextFileID_++, 1, std::nullopt, logicalBytes, allocated,
-                            exclusiveBytes};
+        FileSizeFacts facts{1, nextFileID_++, 1, std::nullopt, logicalBytes, allocated, exclusiveBytes};
         nodes_[path] = Node{EntryType::regular, 1, false, false, facts, std::move(extents)};
         return *this;
     }
@@ -72,8 +70,7 @@ public:
         ++directoryReads;
         const auto found = nodes_.find(path);
         if (found == nodes_.end()) throw DirectoryReader::Failure::other(ENOENT, path);
-        if (found->second.type != EntryType::directory)
-            throw DirectoryReader::Failure::other(ENOTDIR, path);
+        if (found->second.type != EntryType::directory) throw DirectoryReader::Failure::other(ENOTDIR, path);
         if (found->second.isDenied) throw DirectoryReader::Failure::accessDenied(path);
         const std::string prefix = path == "/" ? "/" : path + "/";
         std::vector<DirectoryReader::Entry> entries;
@@ -81,8 +78,7 @@ public:
             if (it->first.compare(0, prefix.size(), prefix) != 0) break;
             const std::string name = it->first.substr(prefix.size());
             if (name.empty() || name.find('/') != std::string::npos) continue;
-            entries.push_back(
-                {name, it->second.hasUnknownEntryType ? EntryType::other : it->second.type});
+            entries.push_back({name, it->second.hasUnknownEntryType ? EntryType::other : it->second.type});
         }
         return entries;
     }

@@ -17,8 +17,8 @@ public:
         put(FiemapReply::extentCountOffset, capacity);
     }
 
-    FiemapBuffer& extent(std::size_t index, std::uint64_t logical, std::uint64_t physical,
-                         std::uint64_t length, std::uint32_t flags) {
+    FiemapBuffer& extent(std::size_t index, std::uint64_t logical, std::uint64_t physical, std::uint64_t length,
+                         std::uint32_t flags) {
         const std::size_t base = FiemapReply::headerBytes + index * FiemapReply::extentBytes;
         put(base, logical);
         put(base + 8, physical);
@@ -44,8 +44,7 @@ private:
 
 TEST(FiemapReplyDecode, ReadsEveryMappedExtent) {
     FiemapBuffer buffer(4, 2);
-    buffer.extent(0, 0, 1 << 20, 8192, FiemapReply::flagShared)
-        .extent(1, 8192, 5 << 20, 4096, FiemapReply::flagLast);
+    buffer.extent(0, 0, 1 << 20, 8192, FiemapReply::flagShared).extent(1, 8192, 5 << 20, 4096, FiemapReply::flagLast);
     const auto batch = FiemapReply::decode(buffer.bytes());
     ASSERT_TRUE(batch);
     EXPECT_TRUE(batch->isLast);
@@ -65,8 +64,7 @@ TEST(FiemapReplyDecode, RejectsBuffersThatCannotHoldWhatTheyClaim) {
     FiemapBuffer buffer(2, 2);
     buffer.extent(0, 0, 0, 4096, 0).extent(1, 4096, 4096, 4096, FiemapReply::flagLast);
     EXPECT_FALSE(FiemapReply::decode(buffer.first(FiemapReply::headerBytes - 1)));
-    EXPECT_FALSE(FiemapReply::decode(
-        buffer.first(FiemapReply::headerBytes + 2 * FiemapReply::extentBytes - 1)));
+    EXPECT_FALSE(FiemapReply::decode(buffer.first(FiemapReply::headerBytes + 2 * FiemapReply::extentBytes - 1)));
     EXPECT_FALSE(FiemapReply::decode(FiemapBuffer(2, 3).bytes()));  // more mapped than room
 }
 
@@ -81,8 +79,7 @@ TEST(FiemapReplyNextStart, ContinuesAfterTheLastExtentUntilTheFileEnds) {
 TEST(FiemapReplyNextStart, StopsWhenAReplyDoesNotAdvance) {
     const FiemapReply::Batch batch{{{0, 0, 4096, 0}}, false};
     EXPECT_FALSE(FiemapReply::nextStart(batch, 4096));
-    const FiemapReply::Batch overflowing{
-        {{std::numeric_limits<std::uint64_t>::max() - 10, 0, 4096, 0}}, false};
+    const FiemapReply::Batch overflowing{{{std::numeric_limits<std::uint64_t>::max() - 10, 0, 4096, 0}}, false};
     EXPECT_FALSE(FiemapReply::nextStart(overflowing, 0));
 }
 
@@ -95,8 +92,7 @@ TEST(FiemapReplyRanges, GivesClosedDeviceRangesOfExtentsWithAPlace) {
         {400, 9000, 50, FiemapReply::flagUnwritten},
         {500, static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()), 2, 0},
     };
-    EXPECT_EQ(FiemapReply::physicalRanges(extents),
-              (std::vector<ExtentRange>{{1000, 1099}, {9000, 9049}}));
+    EXPECT_EQ(FiemapReply::physicalRanges(extents), (std::vector<ExtentRange>{{1000, 1099}, {9000, 9049}}));
 }
 
 TEST(FiemapReplyExclusive, SumsOnlyUnsharedExtents) {

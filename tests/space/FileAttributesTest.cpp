@@ -43,8 +43,7 @@ TEST(FileAttributesFacts, DoesNotFollowAFinalSymbolicLink) {
     const auto facts = FileAttributes::facts(folder.path("link"));
     ASSERT_TRUE(facts);
     EXPECT_EQ(facts->logicalBytes, 10);  // the length of "target.bin"
-    EXPECT_EQ(FileAttributes::status(folder.path("link"))->type,
-              DirectoryReader::EntryType::symlink);
+    EXPECT_EQ(FileAttributes::status(folder.path("link"))->type, DirectoryReader::EntryType::symlink);
     EXPECT_FALSE(FileAttributes::physicalExtents(folder.path("link"), 10));
 }
 

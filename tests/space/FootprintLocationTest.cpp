@@ -14,33 +14,29 @@ std::vector<std::string> namesOf(const std::vector<FootprintLocation>& locations
     return names;
 }
 
-const FootprintLocation* find(const std::vector<FootprintLocation>& locations,
-                              const std::string& name) {
-    const auto found = std::find_if(locations.begin(), locations.end(),
-                                    [&](const FootprintLocation& l) { return l.name == name; });
+const FootprintLocation* find(const std::vector<FootprintLocation>& locations, const std::string& name) {
+    const auto found =
+        std::find_if(locations.begin(), locations.end(), [&](const FootprintLocation& l) { return l.name == name; });
     return found == locations.end() ? nullptr : &*found;
 }
 
 TEST(FootprintLocationDefaults, ListsTheMacLocationsInDisplayOrder) {
     const auto locations = FootprintLocation::defaults("/Users/me");
-    EXPECT_EQ(namesOf(locations),
-              (std::vector<std::string>{
-                  "Xcode DerivedData", "Xcode Archives", "iOS Device Support", "Xcode Caches",
-                  "Simulator Devices", "Simulator Caches", "SwiftPM Cache", "CocoaPods Cache",
-                  "Homebrew Cache", "npm Cache", "Yarn Cache", "pnpm Store", "pip Cache",
-                  "Gradle Caches", "Maven Repository", "Cargo Registry", "Go Module Cache",
-                  "Rust Toolchains", "Node Versions (nvm)", "Android SDK"}));
-    EXPECT_EQ(locations.front(),
-              (FootprintLocation{"Xcode DerivedData", FootprintCategory::xcode,
-                                 "/Users/me/Library/Developer/Xcode/DerivedData",
-                                 "Build intermediates. Safe to clear; Xcode rebuilds them."}));
-    EXPECT_EQ(find(locations, "iOS Device Support")->path,
-              "/Users/me/Library/Developer/Xcode/iOS DeviceSupport");
-    EXPECT_EQ(*find(locations, "Simulator Devices"),
-              (FootprintLocation{
-                  "Simulator Devices", FootprintCategory::simulators,
-                  "/Users/me/Library/Developer/CoreSimulator/Devices",
-                  "Simulator data. Remove unavailable devices with `xcrun simctl delete unavailable`."}));
+    EXPECT_EQ(namesOf(locations), (std::vector<std::string>{
+                                      "Xcode DerivedData", "Xcode Archives",   "iOS Device Support",  "Xcode Caches",
+                                      "Simulator Devices", "Simulator Caches", "SwiftPM Cache",       "CocoaPods Cache",
+                                      "Homebrew Cache",    "npm Cache",        "Yarn Cache",          "pnpm Store",
+                                      "pip Cache",         "Gradle Caches",    "Maven Repository",    "Cargo Registry",
+                                      "Go Module Cache",   "Rust Toolchains",  "Node Versions (nvm)", "Android SDK"}));
+    EXPECT_EQ(locations.front(), (FootprintLocation{"Xcode DerivedData", FootprintCategory::xcode,
+                                                    "/Users/me/Library/Developer/Xcode/DerivedData",
+                                                    "Build intermediates. Safe to clear; Xcode rebuilds them."}));
+    EXPECT_EQ(find(locations, "iOS Device Support")->path, "/Users/me/Library/Developer/Xcode/iOS DeviceSupport");
+    EXPECT_EQ(
+        *find(locations, "Simulator Devices"),
+        (FootprintLocation{"Simulator Devices", FootprintCategory::simulators,
+                           "/Users/me/Library/Developer/CoreSimulator/Devices",
+                           "Simulator data. Remove unavailable devices with `xcrun simctl delete unavailable`."}));
     EXPECT_EQ(find(locations, "Android SDK")->category, FootprintCategory::toolchains);
     EXPECT_EQ(find(locations, "npm Cache")->path, "/Users/me/.npm");
     EXPECT_EQ(find(locations, "Go Module Cache")->category, FootprintCategory::packageManagers);
@@ -74,19 +70,16 @@ TEST(FootprintLocationDefaults, LinuxUsesTheSameToolsLinuxHomes) {
 }
 
 TEST(FootprintLocationDefaults, ChoosesTheListByPlatform) {
-    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::linux),
-              FootprintLocation::linuxDefaults("/h"));
-    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::macos),
-              FootprintLocation::defaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::linux), FootprintLocation::linuxDefaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::macos), FootprintLocation::defaults("/h"));
 }
 
 TEST(FootprintLocationJson, UsesFieldNamesAndTheCategoryDisplayName) {
-    const FootprintLocation location{"Rust Toolchains", FootprintCategory::toolchains,
-                                     "/h/.rustup/toolchains", "Installed Rust toolchains."};
+    const FootprintLocation location{"Rust Toolchains", FootprintCategory::toolchains, "/h/.rustup/toolchains",
+                                     "Installed Rust toolchains."};
     const Json json = location;
-    EXPECT_EQ(json.dump(),
-              R"({"name":"Rust Toolchains","category":"Toolchains & SDKs",)"
-              R"("path":"/h/.rustup/toolchains","note":"Installed Rust toolchains."})");
+    EXPECT_EQ(json.dump(), R"({"name":"Rust Toolchains","category":"Toolchains & SDKs",)"
+                           R"("path":"/h/.rustup/toolchains","note":"Installed Rust toolchains."})");
     EXPECT_EQ(json.get<FootprintLocation>(), location);
     Json unknown = json;
     unknown["category"] = "Toolchains";
@@ -95,10 +88,9 @@ TEST(FootprintLocationJson, UsesFieldNamesAndTheCategoryDisplayName) {
 
 TEST(FootprintCategoryTable, KeepsTheDocumentedOrderAndRawValues) {
     std::vector<std::string> raw;
-    for (FootprintCategory category : allCases<FootprintCategory>())
-        raw.emplace_back(rawValue(category));
-    EXPECT_EQ(raw, (std::vector<std::string>{"Xcode", "Simulators", "Package Managers",
-                                             "Toolchains & SDKs", "Custom"}));
+    for (FootprintCategory category : allCases<FootprintCategory>()) raw.emplace_back(rawValue(category));
+    EXPECT_EQ(raw,
+              (std::vector<std::string>{"Xcode", "Simulators", "Package Managers", "Toolchains & SDKs", "Custom"}));
 }
 
 }  // namespace

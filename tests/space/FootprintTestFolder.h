@@ -34,9 +34,7 @@ public:
     const std::filesystem::path& root() const { return root_; }
     std::string path(const std::string& relative) const { return (root_ / relative).string(); }
 
-    void createDirectories(const std::string& relative) const {
-        std::filesystem::create_directories(root_ / relative);
-    }
+    void createDirectories(const std::string& relative) const { std::filesystem::create_directories(root_ / relative); }
 
     void write(const std::string& relative, const std::string& contents) const {
         const auto target = root_ / relative;

@@ -15,12 +15,11 @@
 namespace corvel {
 namespace {
 
-using spacetest::FakeFileSystem;
 using PhysicalFootprint::Result;
 using PhysicalFootprint::Totals;
+using spacetest::FakeFileSystem;
 
-Result measureFake(FakeFileSystem& files, const std::string& root,
-                   const std::set<std::string>& areas = {},
+Result measureFake(FakeFileSystem& files, const std::string& root, const std::set<std::string>& areas = {},
                    const PhysicalFootprint::CancellationCheck& isCancelled = nullptr,
                    const PhysicalFootprint::Progress& progress = nullptr) {
     return PhysicalFootprint::measure(root, areas, progress, isCancelled, files);
@@ -74,8 +73,7 @@ TEST(PhysicalFootprintAccounting, HardLinkedInodesCountOnce) {
 
 TEST(PhysicalFootprintAccounting, SymbolicLinksAreNeitherFollowedNorCounted) {
     FakeFileSystem files;
-    files.directory("/data").directory("/elsewhere").file("/elsewhere/big", 1 << 20,
-                                                           {{0, (1 << 20) - 1}}, 1 << 20);
+    files.directory("/data").directory("/elsewhere").file("/elsewhere/big", 1 << 20, {{0, (1 << 20) - 1}}, 1 << 20);
     files.symlink("/data/link-to-elsewhere");
     const Result result = measureFake(files, "/data");
     EXPECT_EQ(result.total, Totals{});
@@ -150,11 +148,10 @@ TEST(PhysicalFootprintWalk, WalksFromTheFileSystemRoot) {
 TEST(PhysicalFootprintWalk, ReportsProgressEveryTenThousandFiles) {
     FakeFileSystem files;
     files.directory("/data");
-    for (int i = 0; i < 20'005; ++i)
-        files.file("/data/f" + std::to_string(i), 1, {{i, i}}, 1);
+    for (int i = 0; i < 20'005; ++i) files.file("/data/f" + std::to_string(i), 1, {{i, i}}, 1);
     std::vector<std::int64_t> reported;
-    const Result result = measureFake(files, "/data", {}, nullptr,
-                                      [&](std::int64_t count) { reported.push_back(count); });
+    const Result result =
+        measureFake(files, "/data", {}, nullptr, [&](std::int64_t count) { reported.push_back(count); });
     EXPECT_EQ(reported, (std::vector<std::int64_t>{10'000, 20'000}));
     EXPECT_EQ(result.total.fileCount, 20'005);
 }
@@ -171,8 +168,7 @@ TEST(PhysicalFootprintAreas, AccountsEachAreaSeparatelyAndTheInnermostWins) {
         .file("/data/images/layers/clone", 100, {{1000, 1099}}, 0)
         .directory("/data/volumes")
         .file("/data/volumes/db", 50, {{5000, 5049}}, 50);
-    const Result result =
-        measureFake(files, "/data", {"/data/images", "/data/images/layers/", "/data/absent"});
+    const Result result = measureFake(files, "/data", {"/data/images", "/data/images/layers/", "/data/absent"});
     EXPECT_EQ(result.total, (Totals{251, 251, 151, 4, 0}));
     EXPECT_EQ(result.areas.at("/data/images"), (Totals{100, 100, 100, 1, 0}));
     EXPECT_EQ(result.areas.at("/data/images/layers"), (Totals{100, 100, 100, 1, 0}));
@@ -226,11 +222,10 @@ TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
     result.deniedDirectories = 2;
     result.wasCancelled = true;
     const Json json = result;
-    EXPECT_EQ(json.dump(),
-              R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
-              R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
-              R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
-              R"("deniedDirectories":2,"wasCancelled":true})");
+    EXPECT_EQ(json.dump(), R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
+                           R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
+                           R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
+                           R"("deniedDirectories":2,"wasCancelled":true})");
     EXPECT_EQ(json.get<Result>(), result);
 }
 

@@ -20,7 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()); }
+int run(const std::string& command) {
+    return std::system((command + " >/dev/null 2>&1").c_str());
+}
 
 class ReflinkFootprint : public ::testing::Test {
 protected:
@@ -37,9 +39,7 @@ protected:
         const std::string image = workspace_->path("xfs.img");
         mountPoint_ = workspace_->path("mnt");
         fs::create_directories(mountPoint_);
-        {
-            std::ofstream sizing(image, std::ios::binary);
-        }
+        { std::ofstream sizing(image, std::ios::binary); }
         fs::resize_file(image, 320ull << 20);
         if (run("mkfs.xfs -q -m reflink=1 '" + image + "'") != 0) {
             skipReason_ = "mkfs.xfs could not make a reflink-capable image";

@@ -62,8 +62,7 @@ int openForExtents(const std::string& path) {
 // out first, so freshly written data has real device offsets instead of "unknown".
 std::optional<std::vector<FiemapExtent>> queryExtents(int fd) {
     constexpr std::uint32_t batchExtents = 256;
-    constexpr std::size_t bufferBytes =
-        FiemapReply::headerBytes + batchExtents * FiemapReply::extentBytes;
+    constexpr std::size_t bufferBytes = FiemapReply::headerBytes + batchExtents * FiemapReply::extentBytes;
     std::vector<std::uint64_t> storage(bufferBytes / sizeof(std::uint64_t));
     std::vector<FiemapExtent> extents;
     std::uint64_t start = 0;
@@ -102,8 +101,7 @@ std::int64_t allocatedBytesOf(std::uint64_t blocks) {
 std::optional<std::int64_t> exclusiveBytesOf(const std::string& path, std::int64_t allocated) {
     struct statfs fileSystem {};
     if (statfs(path.c_str(), &fileSystem) != 0) return std::nullopt;
-    if (!BlockSharing::canShareBlocks(static_cast<std::uint64_t>(fileSystem.f_type)))
-        return allocated;
+    if (!BlockSharing::canShareBlocks(static_cast<std::uint64_t>(fileSystem.f_type))) return allocated;
     if (allocated == 0) return 0;
     FileDescriptor fd(openForExtents(path));
     if (fd.get() < 0) return std::nullopt;
@@ -125,16 +123,13 @@ DirectoryReader::EntryType typeOf(mode_t mode) {
 
 std::optional<FileSizeFacts> FileAttributes::facts(const std::string& path) {
     struct statx result {};
-    constexpr unsigned int mask =
-        STATX_TYPE | STATX_NLINK | STATX_INO | STATX_SIZE | STATX_BLOCKS | STATX_MTIME;
-    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &result) != 0)
-        return std::nullopt;
+    constexpr unsigned int mask = STATX_TYPE | STATX_NLINK | STATX_INO | STATX_SIZE | STATX_BLOCKS | STATX_MTIME;
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &result) != 0) return std::nullopt;
     FileSizeFacts facts;
     facts.device = encodeDevice(result.stx_dev_major, result.stx_dev_minor);
     if (result.stx_mask & STATX_INO) facts.fileID = result.stx_ino;
     if (result.stx_mask & STATX_NLINK) facts.linkCount = result.stx_nlink;
-    if (result.stx_mask & STATX_MTIME)
-        facts.modified = fileTime(result.stx_mtime.tv_sec, result.stx_mtime.tv_nsec);
+    if (result.stx_mask & STATX_MTIME) facts.modified = fileTime(result.stx_mtime.tv_sec, result.stx_mtime.tv_nsec);
     if (result.stx_mask & STATX_SIZE)
         facts.logicalBytes = static_cast<std::int64_t>(
             std::min<std::uint64_t>(result.stx_size, std::numeric_limits<std::int64_t>::max()));

@@ -43,8 +43,7 @@ std::optional<FileSizeFacts> FileAttributes::facts(const std::string& path) {
     // With FSOPT_ATTR_CMN_EXTENDED the fork group carries the extended common attributes.
     request.forkattr = AttributeListReply::requestedExtended;
     alignas(8) std::array<std::byte, AttributeListReply::bufferBytes> reply{};
-    if (getattrlist(path.c_str(), &request, reply.data(), reply.size(),
-                    FSOPT_NOFOLLOW | FSOPT_ATTR_CMN_EXTENDED) != 0)
+    if (getattrlist(path.c_str(), &request, reply.data(), reply.size(), FSOPT_NOFOLLOW | FSOPT_ATTR_CMN_EXTENDED) != 0)
         return std::nullopt;
     return AttributeListReply::decode(reply);
 }
@@ -68,8 +67,8 @@ std::optional<std::vector<ExtentRange>> FileAttributes::physicalExtents(const st
             break;
         }
         if (mapping.l2p_contigbytes < 1) break;
-        ranges.push_back({mapping.l2p_devoffset,
-                          checkedSubtract(checkedAdd(mapping.l2p_devoffset, mapping.l2p_contigbytes), 1)});
+        ranges.push_back(
+            {mapping.l2p_devoffset, checkedSubtract(checkedAdd(mapping.l2p_devoffset, mapping.l2p_contigbytes), 1)});
         offset = checkedAdd(offset, mapping.l2p_contigbytes);
     }
     close(fd);
