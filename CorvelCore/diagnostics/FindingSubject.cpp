@@ -18,7 +18,9 @@ void to_json(Json& j, const FindingSubject& subject) {
 void from_json(const Json& j, FindingSubject& subject) {
     if (!j.is_object() || j.size() != 1)
         throw DecodingError("a finding subject must be an object with the single key 'disk' or 'volume'");
-    const auto& [key, value] = *j.items().begin();
+    const auto entry = j.begin();
+    const std::string& key = entry.key();
+    const Json& value = entry.value();
     if (key == "disk")
         subject.kind = FindingSubject::Kind::disk;
     else if (key == "volume")
