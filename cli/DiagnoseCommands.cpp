@@ -85,9 +85,11 @@ void printSource(CliContext& context, const StorageSnapshot& snapshot) {
 
 std::string overallText(const DiagnosticReport& report, const Style& style) {
     std::vector<std::string> counts;
+    // "critical" and "info" read as adjectives; only warnings take a plural.
     for (const auto severity : {Severity::critical, Severity::warning, Severity::info}) {
         if (const auto n = report.count(severity))
-            counts.push_back(fmt::format("{} {}", n, toLower(std::string(label(severity)))));
+            counts.push_back(fmt::format("{} {}{}", n, toLower(std::string(label(severity))),
+                                         severity == Severity::warning && n != 1 ? "s" : ""));
     }
     return fmt::format("Overall: {} \u00B7 health score {}/100 \u00B7 {}", severityText(report.overallSeverity(), style),
                        report.healthScore(), counts.empty() ? std::string("no findings") : join(counts, ", "));

@@ -141,6 +141,10 @@ TEST_F(VelmoraCommands, SettingsSetValidatesSavesAndIsUsedByDiagnose) {
     ASSERT_TRUE(fs::exists(settingsFile()));
     EXPECT_EQ(runJson("settings")["settings"]["thresholds"]["warningFreeFraction"], 0.9);
 
+    const auto human = run(replay + " diagnose");
+    EXPECT_NE(human.out.find("Overall: Warning \u00B7 health score 80/100 \u00B7 2 warnings"), std::string::npos)
+        << human.out;
+
     const auto after = runJson(replay + " diagnose");
     EXPECT_GT(after["findings"].size(), before["findings"].size());
     bool lowSpace = false;
