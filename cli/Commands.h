@@ -21,6 +21,7 @@ void registerStatusCommands(CLI::App& app, CliContext& context);
 void registerDiagnoseCommands(CLI::App& app, CliContext& context);
 void registerSettingsCommands(CLI::App& app, CliContext& context);
 void registerFootprintCommands(CLI::App& app, CliContext& context);
+void registerScanCommands(CLI::App& app, CliContext& context);
 void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);

@@ -31,6 +31,7 @@ struct ScanCommandOptions {
     bool oneFileSystem = true;
     std::vector<std::string> excludes;
     unsigned threads = 0;
+    bool duplicates = true;
 };
 
 // Turns Ctrl-C into a cancellation request for as long as it lives: SIGINT is blocked in this
@@ -185,6 +186,7 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
     scanOptions.oneFileSystem = options.oneFileSystem;
     scanOptions.excludes = options.excludes;
     scanOptions.threads = options.threads;
+    scanOptions.findDuplicates = options.duplicates;
     scanOptions.largestFileCount = std::max<std::size_t>(static_cast<std::size_t>(options.top), 20);
     scanOptions.keptFilesPerFolder = std::max<std::size_t>(static_cast<std::size_t>(options.top), 16);
 
@@ -250,8 +252,10 @@ void registerScanCommands(CLI::App& app, CliContext& context) {
                    "Stay on the folder's volume (default); --all-file-systems enters other mounted volumes");
     scan->add_option("--exclude", options->excludes,
                      "Leave out items whose name (or, with a '/', whose path) matches GLOB; repeatable")
-        ->type_name("GLOB");
-    scan->add_option("--threads", options->threads, "Walker threads (default: four per core, 8 to 32)")
+        ->type_name("GLOB")
+        ->allow_extra_args(false);
+    scan->add_flag("!--no-duplicates", options->duplicates, "Skip the duplicate search (it reads files of 1 MB and more)");
+    scan->add_option("--threads", options->threads, "Walker threads (default: eight per core, 16 to 32)")
         ->check(CLI::Range(1, 256));
     scan->callback([&context, options] { runScan(context, *options); });
 }

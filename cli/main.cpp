@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
     return runCommandLine(argc, argv, context, [](CLI::App& app, CliContext& ctx) {
         // One line per command family.
         registerFootprintCommands(app, ctx);
+        registerScanCommands(app, ctx);
         registerStatusCommands(app, ctx);
         registerDiagnoseCommands(app, ctx);
         registerSettingsCommands(app, ctx);

@@ -95,7 +95,7 @@ std::optional<std::string> digest(const std::string& path, std::int64_t limit) {
     if (!file) return std::nullopt;
     std::unique_ptr<EVP_MD_CTX, DigestContextFree> context(EVP_MD_CTX_new());
     if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1) return std::nullopt;
-    std::vector<unsigned char> buffer(1 << 20);
+    std::vector<unsigned char> buffer(256 * 1024);
     std::int64_t remaining = limit < 0 ? INT64_MAX : limit;
     while (remaining > 0) {
         const auto want = static_cast<std::size_t>(std::min<std::int64_t>(remaining, static_cast<std::int64_t>(buffer.size())));

@@ -512,8 +512,9 @@ private:
         if (tree_.largestFiles.size() > options_.largestFileCount) tree_.largestFiles.resize(options_.largestFileCount);
         std::sort(tree_.credentialsInTrash.begin(), tree_.credentialsInTrash.end());
         if (!candidates.empty() && !cancelled()) {
-            tree_.duplicates = DuplicateFinder::find(std::move(candidates), static_cast<unsigned>(workers.size()),
-                                                     [this] { return cancelled(); });
+            // Hashing is bound by the processor, not by waiting on the disk: one thread per core.
+            const unsigned hashers = std::clamp(std::thread::hardware_concurrency(), 1u, static_cast<unsigned>(workers.size()));
+            tree_.duplicates = DuplicateFinder::find(std::move(candidates), hashers, [this] { return cancelled(); });
         }
         tree_.wasCancelled = cancelled_.load();
     }
@@ -539,7 +540,7 @@ private:
 
 unsigned defaultThreads() {
     const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    return std::clamp(cores * 4, 8u, 32u);
+    return std::clamp(cores * 8, 16u, 32u);
 }
 
 std::string normalisedRoot(const std::string& root) {
