@@ -116,7 +116,7 @@ void addTreeRows(Table& table, const Style& style, const SpaceNode& node, const 
 }
 
 void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanReport& report, std::size_t top,
-                double seconds) {
+                double seconds, bool searchedDuplicates) {
     auto& out = context.out();
     const auto& style = context.style();
     out << style.bold("Scanned " + report.root) << fmt::format(" in {:.2f} s: ", seconds) << grouped(report.fileCount)
@@ -145,7 +145,11 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
     }
 
     out << '\n' << style.bold("Duplicate candidates") << '\n';
-    if (report.duplicates.empty()) out << "  none found (files of 1 MB and more, same length and same SHA-256)\n";
+    if (!searchedDuplicates) {
+        out << "  not searched (--no-duplicates)\n";
+    } else if (report.duplicates.empty()) {
+        out << "  none found (files of 1 MB and more, same length and same SHA-256)\n";
+    }
     for (std::size_t i = 0; i < report.duplicates.size() && i < top; ++i) {
         const auto& group = report.duplicates[i];
         out << "  " << ByteFormat::string(group.reclaimableBytes()) << " reclaimable: " << group.paths.size()
@@ -227,7 +231,7 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
         ScanReporting::emit(tree, catalog, treeOptions, report, both);
     } else {
         ScanReporting::emit(tree, catalog, treeOptions, report, builder);
-        printHuman(context, builder.root(), report, static_cast<std::size_t>(options.top), seconds);
+        printHuman(context, builder.root(), report, static_cast<std::size_t>(options.top), seconds, options.duplicates);
     }
 
     try {
