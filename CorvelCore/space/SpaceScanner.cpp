@@ -422,7 +422,8 @@ private:
     void keepLargestFiles(ScanDirectory* folder, Worker& worker) const {
         auto& files = worker.files;
         if (files.empty() || options_.keptFilesPerFolder == 0) return;
-        const std::size_t keep = std::min(files.size(), options_.keptFilesPerFolder);
+        constexpr std::size_t mostKept = UINT16_MAX;  // what ScanDirectory::keptFileCount holds
+        const std::size_t keep = std::min({files.size(), options_.keptFilesPerFolder, mostKept});
         if (keep < files.size()) {
             std::nth_element(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(keep - 1), files.end(),
                              [](const PendingFile& a, const PendingFile& b) { return a.allocatedBytes > b.allocatedBytes; });
