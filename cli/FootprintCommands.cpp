@@ -69,8 +69,8 @@ std::vector<std::string> totalsCells(const std::string& name, const PhysicalFoot
             ByteFormat::string(totals.logicalBytes),
             ByteFormat::string(totals.allocatedBytes),
             ByteFormat::string(totals.uniquePhysicalBytes),
-            std::to_string(totals.fileCount),
-            std::to_string(totals.unreadableFiles)};
+            groupedCount(totals.fileCount),
+            groupedCount(totals.unreadableFiles)};
 }
 
 void printFootprint(CliContext& context, const std::string& root, const PhysicalFootprint::Result& result) {
@@ -79,8 +79,8 @@ void printFootprint(CliContext& context, const std::string& root, const Physical
     out << style.bold(root) << '\n';
     using Align = Table::Align;
     Table table({Align::left, Align::right, Align::right, Align::right, Align::right, Align::right});
-    table.addRow({"", "logical", "allocated", "unique physical", "files", "unreadable"});
-    table.addRow(totalsCells("total", result.total));
+    table.addRow({"AREA", "LOGICAL", "ALLOCATED", "UNIQUE PHYSICAL", "FILES", "UNREADABLE"});
+    table.addRow(totalsCells("Total", result.total));
     for (const auto& [area, totals] : result.areas) table.addRow(totalsCells(area, totals));
     table.print(out, "  ");
 
@@ -144,7 +144,7 @@ void printDev(CliContext& context, const std::vector<DevRow>& rows) {
     using Align = Table::Align;
     Table table({Align::left, Align::left, Align::right, Align::right, Align::left});
     table.addRow(
-        {style.bold("location"), style.bold("category"), style.bold("size"), style.bold("files"), style.bold("note")});
+        {"LOCATION", "CATEGORY", "SIZE", "FILES", "NOTE"});
     std::int64_t total = 0;
     int present = 0;
     for (const DevRow& row : rows) {
@@ -156,7 +156,7 @@ void printDev(CliContext& context, const std::vector<DevRow>& rows) {
         total += row.measurement->allocatedBytes;
         ++present;
         table.addRow({row.location.name, category, ByteFormat::string(row.measurement->allocatedBytes),
-                      std::to_string(row.measurement->fileCount), style.dim(row.location.note)});
+                      groupedCount(row.measurement->fileCount), style.dim(row.location.note)});
     }
     table.print(context.out());
     context.out() << '\n'

@@ -24,6 +24,13 @@ std::string severityBadge(Severity severity, const Style& style) {
     }
 }
 
+bool isWithin(const std::string& path, const std::string& folder) {
+    if (folder.empty()) return false;
+    if (path == folder || folder == "/") return true;
+    const std::string prefix = folder.back() == '/' ? folder : folder + "/";
+    return path.rfind(prefix, 0) == 0;
+}
+
 }  // namespace
 
 MachineInsights machineInsights(CliContext& context, const StorageSnapshot& snapshot, const DiagnosticReport& report,
@@ -37,9 +44,18 @@ MachineInsights machineInsights(CliContext& context, const StorageSnapshot& snap
     if (docker.inventory) input.docker = docker.inventory;
 
     std::string problem;
-    if (auto summary = SpaceSummary::load(context.dataDir(), &problem)) {
+    auto summary = SpaceSummary::load(context.dataDir(), &problem);
+    // The data folder is this machine's: while replaying another machine, a scan of a folder that
+    // is not in the recorded home describes somewhere else and must not rank the recording's space.
+    if (const RecordedMachine* machine = context.recording(); summary && machine &&
+                                                              !isWithin(summary->root, machine->home)) {
+        result.notes.push_back("Last scan summary ignored: it covers " + summary->root +
+                               ", which is not on the recorded machine");
+        summary.reset();
+    }
+    if (summary) {
         result.scanSummary = "Space suggestions from the scan of " + summary->root + " at " +
-                             ISO8601::format(summary->scannedAt) + (summary->wasCancelled ? " (partial)" : "");
+                             ISO8601::format(summary->scannedAt) + (summary->wasCancelled ? " (partial)." : ".");
         input.topConsumers = std::move(summary->topConsumers);
         input.credentialsInTrash = std::move(summary->credentialsInTrash);
     } else if (!problem.empty()) {

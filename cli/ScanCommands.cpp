@@ -69,16 +69,10 @@ private:
     std::thread waiter_;
 };
 
-std::string grouped(std::int64_t value) {
-    std::string digits = std::to_string(value);
-    for (int i = static_cast<int>(digits.size()) - 3; i > (value < 0 ? 1 : 0); i -= 3) digits.insert(static_cast<std::size_t>(i), ",");
-    return digits;
-}
-
 std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
     const double rate = seconds > 0 ? static_cast<double>(now.files) / seconds : 0;
-    std::string line = fmt::format("Scanning: {} files, {}, {} files/s", grouped(now.files),
-                                   ByteFormat::string(now.allocatedBytes), grouped(static_cast<std::int64_t>(rate)));
+    std::string line = fmt::format("Scanning: {} files, {}, {} files/s", groupedCount(now.files),
+                                   ByteFormat::string(now.allocatedBytes), groupedCount(static_cast<std::int64_t>(rate)));
     if (!now.currentFolder.empty()) {
         constexpr std::size_t room = 50;
         std::string folder = ScanReporting::displayText(now.currentFolder);
@@ -119,8 +113,8 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
                 double seconds, bool searchedDuplicates) {
     auto& out = context.out();
     const auto& style = context.style();
-    out << style.bold("Scanned " + report.root) << fmt::format(" in {:.2f} s: ", seconds) << grouped(report.fileCount)
-        << " files in " << grouped(report.directoryCount) << " folders, " << ByteFormat::string(report.allocatedBytes)
+    out << style.bold("Scanned " + report.root) << fmt::format(" in {:.2f} s: ", seconds) << groupedCount(report.fileCount)
+        << " files in " << groupedCount(report.directoryCount) << " folders, " << ByteFormat::string(report.allocatedBytes)
         << " allocated (" << ByteFormat::string(report.exclusiveBytes) << " exclusive, "
         << ByteFormat::string(report.logicalBytes) << " logical)\n";
     if (report.wasCancelled) out << style.yellow("PARTIAL: the scan was interrupted; figures cover what was measured.") << '\n';
@@ -163,16 +157,16 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
     categories.addRow({"CATEGORY", "ALLOCATED", "EXCLUSIVE", "FILES"});
     for (const auto& total : report.categoryTotals) {
         categories.addRow({std::string(rawValue(total.category)), ByteFormat::string(total.allocatedBytes),
-                           ByteFormat::string(total.exclusiveBytes), grouped(total.fileCount)});
+                           ByteFormat::string(total.exclusiveBytes), groupedCount(total.fileCount)});
     }
     categories.print(out, "  ");
 
     out << '\n';
     out << "Hard links save " << ByteFormat::string(report.hardLinkSavedBytes) << " (each inode counted once)\n";
     out << "Clones share " << ByteFormat::string(report.cloneSharedBytes) << " (allocated once, listed in several files)\n";
-    out << "Unreadable folders: " << grouped(report.deniedDirectories);
-    if (report.unreadableFiles > 0) out << ", unreadable files: " << grouped(report.unreadableFiles);
-    if (report.skippedMountPoints > 0) out << ", other volumes not entered: " << grouped(report.skippedMountPoints);
+    out << "Unreadable folders: " << groupedCount(report.deniedDirectories);
+    if (report.unreadableFiles > 0) out << ", unreadable files: " << groupedCount(report.unreadableFiles);
+    if (report.skippedMountPoints > 0) out << ", other volumes not entered: " << groupedCount(report.skippedMountPoints);
     out << '\n';
     if (!report.credentialsInTrash.empty()) {
         out << style.yellow(fmt::format("{} credential-like files are in the Trash:", report.credentialsInTrash.size())) << '\n';

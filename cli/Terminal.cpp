@@ -55,6 +55,14 @@ std::string usageBar(double fraction, int width) {
     return bar;
 }
 
+std::string groupedCount(std::int64_t value) {
+    std::string digits = std::to_string(value);
+    const int firstDigit = value < 0 ? 1 : 0;
+    for (int i = static_cast<int>(digits.size()) - 3; i > firstDigit; i -= 3)
+        digits.insert(static_cast<std::size_t>(i), ",");
+    return digits;
+}
+
 std::string percent(double fraction) {
     if (!std::isfinite(fraction)) fraction = 0;
     return std::to_string(static_cast<long long>(std::lround(fraction * 100))) + "%";

@@ -4,6 +4,7 @@
 
 #include "common/Json.h"
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -49,6 +50,9 @@ std::size_t displayWidth(std::string_view text);
 
 // A bar of `width` cells, filled in proportion to `fraction` (clamped to 0…1).
 std::string usageBar(double fraction, int width);
+
+// "1,234,567": counts of files and folders, grouped so that people can read them at a glance.
+std::string groupedCount(std::int64_t value);
 
 // "42%" for 0.42.
 std::string percent(double fraction);
