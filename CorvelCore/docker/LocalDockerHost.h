@@ -1,6 +1,6 @@
-// The live DockerHostProbing: asks this machine's file system. One implementation per
-// platform under platform/<os>/; the mount points come from the mounted-volume list the caller
-// already has.
+// The live DockerHostProbing: asks this machine's file system. The plain POSIX file facts are
+// shared in platform/posix/, the rest is one implementation per platform under platform/<os>/;
+// the mount points come from the mounted-volume list the caller already has.
 #pragma once
 
 #include "docker/DockerHostProbing.h"

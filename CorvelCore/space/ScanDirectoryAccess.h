@@ -3,8 +3,10 @@
 // types, and one metadata call per entry. Keeping the walk on handles instead of path strings
 // spares the kernel a path lookup per file and the scanner a string per file.
 //
-// One implementation per platform (platform/linux: getdents64 and fstatat). Nothing here throws;
-// failures come back as the system's error number, which `isAccessDenied`/`isVanished` sort.
+// One implementation per platform (platform/linux: getdents64 and fstatat; platform/macos:
+// getattrlistbulk and fstatat), with what both answer the same way in platform/posix. Nothing
+// here throws; failures come back as the system's error number, which `isAccessDenied` and
+// `isVanished` sort.
 //
 //   int error = 0;
 //   int fd = ScanDirectoryAccess::openDirectory("/home/me", error);

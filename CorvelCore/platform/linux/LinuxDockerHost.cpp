@@ -1,59 +1,26 @@
-// Linux side of LocalDockerHost: plain POSIX file facts, plus a walk of the native engine's
-// data folder (staying on its device, each hard-linked inode counted once).
+// Linux side of LocalDockerHost (the shared POSIX file facts are in
+// platform/posix/PosixDockerHost.cpp): a walk of the native engine's data folder, staying on its
+// device, each hard-linked inode counted once.
 #include "docker/LocalDockerHost.h"
 
 #include "common/CheckedArithmetic.h"
 
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <utility>
-#include <vector>
 
 #include <fts.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace corvel {
 namespace {
 
-constexpr std::int64_t blockUnit = 512;                // st_blocks is counted in 512-byte units
-constexpr std::int64_t maximumSettingsSize = 4 << 20;  // a settings document, not a data file
+constexpr std::int64_t blockUnit = 512;  // st_blocks is counted in 512-byte units
 
 }  // namespace
 
 std::string LocalDockerHost::platform() const {
     return "linux";
-}
-
-std::optional<std::string> LocalDockerHost::userHome() const {
-    std::vector<char> buffer(16384);
-    passwd entry{};
-    passwd* result = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &result) != 0 || !result || !result->pw_dir)
-        return std::nullopt;
-    return std::string(result->pw_dir);
-}
-
-bool LocalDockerHost::isExecutableFile(const std::string& path) const {
-    struct stat facts {};
-    return stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode) && access(path.c_str(), X_OK) == 0;
-}
-
-std::optional<std::string> LocalDockerHost::readTextFile(const std::string& path) const {
-    struct stat facts {};
-    if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size > maximumSettingsSize)
-        return std::nullopt;
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-}
-
-std::optional<DockerFileFacts> LocalDockerHost::regularFileFacts(const std::string& path) const {
-    struct stat facts {};
-    if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
-    return DockerFileFacts{facts.st_size, checkedMultiply(facts.st_blocks, blockUnit)};
 }
 
 std::optional<DockerFileFacts> LocalDockerHost::folderFacts(const std::string& path) const {

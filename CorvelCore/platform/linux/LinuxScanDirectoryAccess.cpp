@@ -1,7 +1,10 @@
 // The space scanner's system calls on Linux: getdents64 batches and fstatat relative to open
 // directory handles, FIEMAP only where the caller asks (file systems that can share blocks).
+// Closing handles, the status of a handle or a path and sorting error numbers are shared with
+// macOS in platform/posix/PosixScanDirectoryAccess.cpp.
 #include "space/ScanDirectoryAccess.h"
 
+#include "platform/posix/PosixStatus.h"
 #include "space/DirentBuffer.h"
 #include "space/FiemapReply.h"
 
@@ -17,28 +20,17 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+namespace corvel::PosixStatus {
+
+// Linux keeps the POSIX name for the modification time.
+const struct timespec& modifiedTime(const struct stat& st) { return st.st_mtim; }
+
+}  // namespace corvel::PosixStatus
+
 namespace corvel::ScanDirectoryAccess {
 namespace {
 
 constexpr int directoryFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
-
-DirectoryReader::EntryType typeOf(mode_t mode) {
-    if (S_ISDIR(mode)) return DirectoryReader::EntryType::directory;
-    if (S_ISREG(mode)) return DirectoryReader::EntryType::regular;
-    if (S_ISLNK(mode)) return DirectoryReader::EntryType::symlink;
-    return DirectoryReader::EntryType::other;
-}
-
-void fill(const struct stat& st, Status& out) {
-    out.device = static_cast<std::uint64_t>(st.st_dev);
-    out.inode = static_cast<std::uint64_t>(st.st_ino);
-    out.linkCount = static_cast<std::uint64_t>(st.st_nlink);
-    out.logicalBytes = static_cast<std::int64_t>(st.st_size);
-    out.allocatedBytes = static_cast<std::int64_t>(st.st_blocks) * 512;
-    out.modifiedNanoseconds = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 +
-                              static_cast<std::int64_t>(st.st_mtim.tv_nsec);
-    out.type = typeOf(st.st_mode);
-}
 
 }  // namespace
 
@@ -52,10 +44,6 @@ int openDirectoryAt(int directory, const char* name, int& error) {
     const int fd = ::openat(directory, name, directoryFlags);
     if (fd < 0) error = errno;
     return fd;
-}
-
-void close(int handle) {
-    if (handle >= 0) ::close(handle);
 }
 
 bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& entries, int& error) {
@@ -77,23 +65,13 @@ bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& e
     }
 }
 
-bool status(int handle, Status& out, int& error) {
-    struct stat st {};
-    if (::fstat(handle, &st) != 0) {
-        error = errno;
-        return false;
-    }
-    fill(st, out);
-    return true;
-}
-
 bool statusAt(int directory, const char* name, Status& out, int& error) {
     struct stat st {};
     if (::fstatat(directory, name, &st, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0) {
         error = errno;
         return false;
     }
-    fill(st, out);
+    PosixStatus::fill(st, out);
     return true;
 }
 
@@ -136,20 +114,6 @@ std::optional<CloneFacts> cloneFactsAt(int directory, const char* name, std::int
     if (!mappedAny) return std::nullopt;
     return facts;
 }
-
-std::optional<Status> statusOfPath(const std::string& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) return std::nullopt;
-    Status out;
-    fill(st, out);
-    return out;
-}
-
-bool isAccessDenied(int error) { return error == EACCES || error == EPERM; }
-
-bool isVanished(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
-
-std::string errorText(int error) { return std::strerror(error); }
 
 void raiseOpenFileLimit() {
     struct rlimit limit {};

@@ -1,7 +1,11 @@
 // The space scanner's system calls on macOS: getattrlistbulk lists names and types of a batch of
 // entries in one call on a handle opened relative to the parent folder, then fstatat per entry.
-// Clone facts are not asked for here, so every allocated block counts as the file's own.
+// Clone facts are not asked for here, so every allocated block counts as the file's own. Closing
+// handles, the status of a handle or a path and sorting error numbers are shared with Linux in
+// platform/posix/PosixScanDirectoryAccess.cpp.
 #include "space/ScanDirectoryAccess.h"
+
+#include "platform/posix/PosixStatus.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,28 +16,17 @@
 #include <sys/vnode.h>
 #include <unistd.h>
 
+namespace corvel::PosixStatus {
+
+// Darwin's struct stat names the modification time st_mtimespec.
+const struct timespec& modifiedTime(const struct stat& st) { return st.st_mtimespec; }
+
+}  // namespace corvel::PosixStatus
+
 namespace corvel::ScanDirectoryAccess {
 namespace {
 
 constexpr int directoryFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-
-DirectoryReader::EntryType typeOf(mode_t mode) {
-    if (S_ISDIR(mode)) return DirectoryReader::EntryType::directory;
-    if (S_ISREG(mode)) return DirectoryReader::EntryType::regular;
-    if (S_ISLNK(mode)) return DirectoryReader::EntryType::symlink;
-    return DirectoryReader::EntryType::other;
-}
-
-void fill(const struct stat& st, Status& out) {
-    out.device = static_cast<std::uint64_t>(st.st_dev);
-    out.inode = static_cast<std::uint64_t>(st.st_ino);
-    out.linkCount = static_cast<std::uint64_t>(st.st_nlink);
-    out.logicalBytes = static_cast<std::int64_t>(st.st_size);
-    out.allocatedBytes = static_cast<std::int64_t>(st.st_blocks) * 512;
-    out.modifiedNanoseconds = static_cast<std::int64_t>(st.st_mtimespec.tv_sec) * 1'000'000'000 +
-                              static_cast<std::int64_t>(st.st_mtimespec.tv_nsec);
-    out.type = typeOf(st.st_mode);
-}
 
 }  // namespace
 
@@ -47,10 +40,6 @@ int openDirectoryAt(int directory, const char* name, int& error) {
     const int fd = ::openat(directory, name, directoryFlags);
     if (fd < 0) error = errno;
     return fd;
-}
-
-void close(int handle) {
-    if (handle >= 0) ::close(handle);
 }
 
 bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& entries, int& error) {
@@ -98,43 +87,19 @@ bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& e
     }
 }
 
-bool status(int handle, Status& out, int& error) {
-    struct stat st {};
-    if (::fstat(handle, &st) != 0) {
-        error = errno;
-        return false;
-    }
-    fill(st, out);
-    return true;
-}
-
 bool statusAt(int directory, const char* name, Status& out, int& error) {
     struct stat st {};
     if (::fstatat(directory, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
         error = errno;
         return false;
     }
-    fill(st, out);
+    PosixStatus::fill(st, out);
     return true;
 }
 
 std::uint64_t fileSystemMagic(int) { return 0; }
 
 std::optional<CloneFacts> cloneFactsAt(int, const char*, std::int64_t) { return std::nullopt; }
-
-std::optional<Status> statusOfPath(const std::string& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) return std::nullopt;
-    Status out;
-    fill(st, out);
-    return out;
-}
-
-bool isAccessDenied(int error) { return error == EACCES || error == EPERM; }
-
-bool isVanished(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
-
-std::string errorText(int error) { return std::strerror(error); }
 
 void raiseOpenFileLimit() {
     struct rlimit limit {};
