@@ -1,82 +1,45 @@
 // `velmora diagnose`, `health` and `settings`, driven through the real binary on recorded machines
 // with a temporary data folder, as a person (or a script reading --json) would use them.
+#include "cli/VelmoraProcess.h"
 #include "common/Json.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <random>
-#include <sstream>
 #include <string>
-#include <sys/wait.h>
+#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 using corvel::Json;
-
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string quoted(const std::string& text) {
-    std::string result = "'";
-    for (char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-}
+using corvel::clitest::machine;
+using corvel::clitest::Outcome;
 
 class VelmoraCommands : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::random_device random;
-        dataDir_ = fs::temp_directory_path() / ("velmora-diagnose-" + std::to_string(random()));
-        fs::create_directories(dataDir_);
-    }
-    void TearDown() override { fs::remove_all(dataDir_); }
-
-    static std::string machine(const std::string& name) {
-        return (fs::path(CORVEL_FIXTURES_DIR) / "machines" / name).string();
+    // Runs velmora without colour and with the test's private data folder.
+    Outcome run(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"--data-dir", dataDir_.path()});
+        return corvel::clitest::velmora(arguments, {"NO_COLOR=1"});
     }
 
-    // Runs velmora with a private data folder; `arguments` are shell-quoted words.
-    Outcome run(const std::string& arguments) const {
-        const auto errFile = dataDir_ / "stderr.txt";
-        const std::string command = "NO_COLOR=1 " + std::string(CORVEL_VELMORA_BINARY) + " --data-dir " +
-                                    quoted(dataDir_.string()) + " " + arguments + " 2>" + quoted(errFile.string());
-        Outcome outcome;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        if (!pipe) return outcome;
-        std::array<char, 4096> buffer{};
-        std::size_t got = 0;
-        while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) outcome.out.append(buffer.data(), got);
-        const int raw = ::pclose(pipe);
-        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        std::ifstream errStream(errFile);
-        std::stringstream text;
-        text << errStream.rdbuf();
-        outcome.err = text.str();
-        return outcome;
-    }
-
-    Json runJson(const std::string& arguments) const {
-        const auto outcome = run("--json " + arguments);
+    Json runJson(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "--json");
+        const auto outcome = run(arguments);
         EXPECT_EQ(outcome.status, 0) << outcome.err;
         return Json::parse(outcome.out);
     }
 
-    fs::path settingsFile() const { return dataDir_ / "settings.json"; }
+    fs::path settingsFile() const { return dataDir_.root() / "settings.json"; }
 
-    fs::path dataDir_;
+    corvel::clitest::TemporaryFolder dataDir_;
 };
 
 TEST_F(VelmoraCommands, DiagnoseListsFindingsThenOverallAndScore) {
-    const auto outcome = run("--replay " + quoted(machine("mac-mini-flaky-tools")) + " diagnose");
+    const auto outcome = run({"--replay", machine("mac-mini-flaky-tools"), "diagnose"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("Recorded machine: "), std::string::npos);
     const auto first = outcome.out.find("Almost out of space");
@@ -91,7 +54,7 @@ TEST_F(VelmoraCommands, DiagnoseListsFindingsThenOverallAndScore) {
 }
 
 TEST_F(VelmoraCommands, DiagnoseJsonIsTheReportInReportOrder) {
-    const auto report = runJson("--replay " + quoted(machine("mac-mini-flaky-tools")) + " diagnose");
+    const auto report = runJson({"--replay", machine("mac-mini-flaky-tools"), "diagnose"});
     EXPECT_EQ(report["generatedAt"], "2026-11-03T08:05:00Z");
     ASSERT_TRUE(report["findings"].is_array());
     ASSERT_FALSE(report["findings"].empty());
@@ -104,14 +67,14 @@ TEST_F(VelmoraCommands, DiagnoseJsonIsTheReportInReportOrder) {
 }
 
 TEST_F(VelmoraCommands, HealthShowsFiveDimensionsAndJsonListsThem) {
-    const auto outcome = run("--replay " + quoted(machine("macbook-air-m2")) + " health");
+    const auto outcome = run({"--replay", machine("macbook-air-m2"), "health"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     for (const char* dimension : {"Physical Health", "File System Health", "Storage Usage", "Connection Performance",
                                   "Device Availability"})
         EXPECT_NE(outcome.out.find(dimension), std::string::npos) << dimension;
     EXPECT_NE(outcome.out.find("Topology not yet inspected."), std::string::npos);
 
-    const auto health = runJson("--replay " + quoted(machine("macbook-air-m2")) + " health");
+    const auto health = runJson({"--replay", machine("macbook-air-m2"), "health"});
     ASSERT_TRUE(health.is_array());
     ASSERT_EQ(health.size(), 5u);
     EXPECT_EQ(health[0]["dimension"], "physical");
@@ -119,33 +82,33 @@ TEST_F(VelmoraCommands, HealthShowsFiveDimensionsAndJsonListsThem) {
 }
 
 TEST_F(VelmoraCommands, SettingsShowDefaultsAndWhereTheyAreKept) {
-    const auto outcome = run("settings");
+    const auto outcome = run({"settings"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find(settingsFile().string()), std::string::npos);
     EXPECT_NE(outcome.out.find("defaults"), std::string::npos);
     EXPECT_NE(outcome.out.find("thresholds.warningFreeFraction"), std::string::npos);
     EXPECT_FALSE(fs::exists(settingsFile()));
 
-    const auto json = runJson("settings");
+    const auto json = runJson({"settings"});
     EXPECT_EQ(json["file"], settingsFile().string());
     EXPECT_EQ(json["settings"]["intervalMinutes"], 5);
 }
 
 TEST_F(VelmoraCommands, SettingsSetValidatesSavesAndIsUsedByDiagnose) {
-    const std::string replay = "--replay " + quoted(machine("macbook-air-m2"));
-    const auto before = runJson(replay + " diagnose");
+    const std::vector<std::string> diagnose{"--replay", machine("macbook-air-m2"), "diagnose"};
+    const auto before = runJson(diagnose);
 
-    const auto set = run("settings set thresholds.warningFreeFraction 0.9");
+    const auto set = run({"settings", "set", "thresholds.warningFreeFraction", "0.9"});
     ASSERT_EQ(set.status, 0) << set.err;
     EXPECT_NE(set.out.find("thresholds.warningFreeFraction = 0.9"), std::string::npos) << set.out;
     ASSERT_TRUE(fs::exists(settingsFile()));
-    EXPECT_EQ(runJson("settings")["settings"]["thresholds"]["warningFreeFraction"], 0.9);
+    EXPECT_EQ(runJson({"settings"})["settings"]["thresholds"]["warningFreeFraction"], 0.9);
 
-    const auto human = run(replay + " diagnose");
+    const auto human = run(diagnose);
     EXPECT_NE(human.out.find("Overall: Warning \u00B7 health score 80/100 \u00B7 2 warnings"), std::string::npos)
         << human.out;
 
-    const auto after = runJson(replay + " diagnose");
+    const auto after = runJson(diagnose);
     EXPECT_GT(after["findings"].size(), before["findings"].size());
     bool lowSpace = false;
     for (const auto& finding : after["findings"]) lowSpace = lowSpace || finding["ruleID"] == "volume.freeSpace";
@@ -153,20 +116,23 @@ TEST_F(VelmoraCommands, SettingsSetValidatesSavesAndIsUsedByDiagnose) {
 }
 
 TEST_F(VelmoraCommands, SettingsSetRefusesUnknownKeysAndBadValuesWithExitTwo) {
-    for (const char* arguments : {"settings set intervalMinutez 5", "settings set intervalMinutes soon",
-                                  "settings set thresholds.criticalFreeFraction 0.5", "settings set intervalMinutes"}) {
+    const std::vector<std::vector<std::string>> refused{{"settings", "set", "intervalMinutez", "5"},
+                                                        {"settings", "set", "intervalMinutes", "soon"},
+                                                        {"settings", "set", "thresholds.criticalFreeFraction", "0.5"},
+                                                        {"settings", "set", "intervalMinutes"}};
+    for (const auto& arguments : refused) {
         const auto outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 2) << arguments;
+        EXPECT_EQ(outcome.status, 2) << ::testing::PrintToString(arguments);
         EXPECT_EQ(outcome.err.rfind("velmora: ", 0), 0u) << outcome.err;
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
     }
-    EXPECT_NE(run("settings set intervalMinutez 5").err.find("'intervalMinutez'"), std::string::npos);
+    EXPECT_NE(run({"settings", "set", "intervalMinutez", "5"}).err.find("'intervalMinutez'"), std::string::npos);
     EXPECT_FALSE(fs::exists(settingsFile()));
 }
 
 TEST_F(VelmoraCommands, UnreadableSettingsAreReportedAndKept) {
     std::ofstream(settingsFile()) << "{ not json";
-    const auto outcome = run("settings");
+    const auto outcome = run({"settings"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.err.find("velmora: warning: settings file is unreadable"), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.out.find("defaults"), std::string::npos);
@@ -174,22 +140,22 @@ TEST_F(VelmoraCommands, UnreadableSettingsAreReportedAndKept) {
     std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     EXPECT_EQ(kept, "{ not json");
 
-    EXPECT_EQ(run("settings set intervalMinutes 7").status, 0);
-    EXPECT_EQ(runJson("settings")["settings"]["intervalMinutes"], 7);
+    EXPECT_EQ(run({"settings", "set", "intervalMinutes", "7"}).status, 0);
+    EXPECT_EQ(runJson({"settings"})["settings"]["intervalMinutes"], 7);
 }
 
 TEST_F(VelmoraCommands, ExpectedVolumesFeedTheAvailabilityDimension) {
-    const auto set = run("settings set expectedVolumes " +
-                         quoted(R"([{"volumeID":"NOT-MOUNTED","name":"Work SSD","reason":"the workspace"}])"));
+    const auto set = run({"settings", "set", "expectedVolumes",
+                          R"([{"volumeID":"NOT-MOUNTED","name":"Work SSD","reason":"the workspace"}])"});
     ASSERT_EQ(set.status, 0) << set.err;
-    const auto health = runJson("--replay " + quoted(machine("macbook-air-m2")) + " health");
+    const auto health = runJson({"--replay", machine("macbook-air-m2"), "health"});
     EXPECT_EQ(health[4]["dimension"], "availability");
     EXPECT_EQ(health[4]["status"], "critical");
     EXPECT_EQ(health[4]["summary"], "Work SSD is not connected");
 }
 
 TEST_F(VelmoraCommands, StatusAddsTheHealthSummaryUnderDisksAndVolumes) {
-    const auto outcome = run("--replay " + quoted(machine("mac-mini-flaky-tools")) + " status");
+    const auto outcome = run({"--replay", machine("mac-mini-flaky-tools"), "status"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const auto volumes = outcome.out.find("Volumes");
     const auto health = outcome.out.find("Health\n");
@@ -203,7 +169,7 @@ TEST_F(VelmoraCommands, StatusAddsTheHealthSummaryUnderDisksAndVolumes) {
     // Info findings are not actionable, so the summary leaves them out.
     EXPECT_EQ(outcome.out.find("Ownership is ignored"), std::string::npos);
 
-    const auto document = runJson("--replay " + quoted(machine("mac-mini-flaky-tools")) + " status");
+    const auto document = runJson({"--replay", machine("mac-mini-flaky-tools"), "status"});
     ASSERT_TRUE(document.contains("snapshot"));
     ASSERT_TRUE(document.contains("report"));
     ASSERT_TRUE(document.contains("health"));

@@ -1,5 +1,6 @@
 // `velmora docker` and `velmora insights` on recorded machines, driven in-process.
 #include "Commands.h"
+#include "cli/VelmoraProcess.h"
 #include "common/AtomicFile.h"
 #include "common/Json.h"
 #include "docker/DockerInventory.h"
@@ -8,63 +9,23 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace corvel::cli {
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using clitest::lineWith;
+using clitest::machine;
 
-Outcome velmora(std::vector<std::string> words) {
-    std::ostringstream out;
-    std::ostringstream err;
-    CliContext context(out, err, false, false);
-    std::vector<const char*> argv{"velmora"};
-    for (const auto& word : words) argv.push_back(word.c_str());
-    Outcome outcome;
-    outcome.status =
-        runCommandLine(static_cast<int>(argv.size()), argv.data(), context, [](CLI::App& app, CliContext& ctx) {
-            registerDockerCommands(app, ctx);
-            registerInsightsCommands(app, ctx);
-            registerStatusCommands(app, ctx);
-        });
-    outcome.out = out.str();
-    outcome.err = err.str();
-    return outcome;
+clitest::Outcome velmora(const std::vector<std::string>& words) {
+    return clitest::velmoraInProcess(words, [](CLI::App& app, CliContext& ctx) {
+        registerDockerCommands(app, ctx);
+        registerInsightsCommands(app, ctx);
+        registerStatusCommands(app, ctx);
+    });
 }
-
-std::string machine(const std::string& name) {
-    return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name;
-}
-
-std::string lineWith(const std::string& text, const std::string& needle) {
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);)
-        if (line.find(needle) != std::string::npos) return line;
-    return "";
-}
-
-class TemporaryDataFolder {
-public:
-    TemporaryDataFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velmora-docker-cli-XXXXXX").string();
-        if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        path_ = pattern;
-    }
-    ~TemporaryDataFolder() { std::filesystem::remove_all(path_); }
-    std::string path() const { return path_.string(); }
-
-private:
-    std::filesystem::path path_;
-};
 
 std::vector<std::string> insightIDs(const Json& document) {
     std::vector<std::string> ids;
@@ -143,7 +104,7 @@ TEST(DockerCommand, JSONIsTheInventoryWithItsViews) {
 }
 
 TEST(InsightsCommand, RanksDockerAndDiskImageInsightsOfRecordedMachines) {
-    TemporaryDataFolder data;
+    clitest::TemporaryFolder data;
     auto document = Json::parse(
         velmora({"--json", "insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()}).out);
     EXPECT_EQ(insightIDs(document), (std::vector<std::string>{"docker.move", "space.scan"}));
@@ -171,7 +132,7 @@ TEST(InsightsCommand, RanksDockerAndDiskImageInsightsOfRecordedMachines) {
 }
 
 TEST(InsightsCommand, ReadsTheLastScanSummaryFromTheDataFolder) {
-    TemporaryDataFolder data;
+    clitest::TemporaryFolder data;
     SpaceSummary summary;
     summary.root = "/Users/sam";
     summary.scannedAt = *ISO8601::parse("2026-11-01T08:00:00Z");
@@ -208,7 +169,7 @@ TEST(InsightsCommand, ReadsTheLastScanSummaryFromTheDataFolder) {
 }
 
 TEST(InsightsCommand, ANegativeOrNonNumericThresholdIsBadUsage) {
-    TemporaryDataFolder data;
+    clitest::TemporaryFolder data;
     auto outcome = velmora({"insights", "--min-bytes", "-1", "--data-dir", data.path()});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_NE(outcome.err.find("--min-bytes"), std::string::npos) << outcome.err;
@@ -218,7 +179,7 @@ TEST(InsightsCommand, ANegativeOrNonNumericThresholdIsBadUsage) {
 }
 
 TEST(StatusWithInsights, TopInsightsFollowTheHealthLinesAndJoinTheJSON) {
-    TemporaryDataFolder data;
+    clitest::TemporaryFolder data;
     const auto human = velmora({"status", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
     ASSERT_EQ(human.status, 0) << human.err;
     const auto health = human.out.find("Health\n");

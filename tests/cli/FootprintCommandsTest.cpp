@@ -1,73 +1,39 @@
 // `velmora footprint` and `velmora dev`, driven through the real binary on temporary folders.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <vector>
 
+#include "cli/VelmoraProcess.h"
 #include "common/Json.h"
 
 namespace corvel {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using clitest::Outcome;
+using clitest::velmora;
 
 class FootprintCommands : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "velmora-fpcli-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        root_ = pattern;
-    }
-    void TearDown() override { fs::remove_all(root_); }
-
-    std::string path(const std::string& relative) const { return (root_ / relative).string(); }
+    std::string path(const std::string& relative) const { return folder_.path(relative); }
 
     void write(const std::string& relative, std::size_t bytes) const {
-        fs::create_directories((root_ / relative).parent_path());
-        std::ofstream(root_ / relative, std::ios::binary) << std::string(bytes, 'v');
+        folder_.write(relative, std::string(bytes, 'v'));
     }
 
-    // Runs velmora with `arguments` (already shell-quoted) and `environment` assignments first.
-    Outcome velmora(const std::string& arguments, const std::string& environment = "") const {
-        const std::string errFile = path("stderr.txt");
-        const std::string command =
-            environment + " " + CORVEL_VELMORA_BINARY + " " + arguments + " 2>'" + errFile + "'";
-        Outcome outcome;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        if (!pipe) return outcome;
-        std::array<char, 4096> buffer{};
-        std::size_t got = 0;
-        while ((got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) outcome.out.append(buffer.data(), got);
-        const int raw = ::pclose(pipe);
-        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        std::ifstream err(errFile);
-        outcome.err.assign(std::istreambuf_iterator<char>(err), {});
-        fs::remove(errFile);
-        return outcome;
-    }
-
-    fs::path root_;
+    clitest::TemporaryFolder folder_;
 };
 
 TEST_F(FootprintCommands, FootprintJsonGivesTotalsPerAreaWithHardLinksCountedOnce) {
     write("tree/images/layer.bin", 20'000);
     write("tree/volumes/db.bin", 5'000);
     ASSERT_EQ(::link(path("tree/volumes/db.bin").c_str(), path("tree/db-link.bin").c_str()), 0);
-    const Outcome outcome = velmora("--json footprint '" + path("tree") + "' --area '" + path("tree/images/") + "'");
+    const Outcome outcome = velmora({"--json", "footprint", path("tree"), "--area", path("tree/images/")});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const Json document = Json::parse(outcome.out);
     EXPECT_EQ(document["total"]["fileCount"], 2);
@@ -84,7 +50,7 @@ TEST_F(FootprintCommands, FootprintMeasuresARootGivenThroughALinkWhereItLies) {
     write("real/data.bin", 7'000);
     write("real/sub/more.bin", 1'000);
     ASSERT_EQ(::symlink(path("real").c_str(), path("link").c_str()), 0);
-    const Outcome outcome = velmora("--json footprint '" + path("link") + "' --area '" + path("link/sub") + "'");
+    const Outcome outcome = velmora({"--json", "footprint", path("link"), "--area", path("link/sub")});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const Json document = Json::parse(outcome.out);
     EXPECT_EQ(document["total"]["fileCount"], 2);
@@ -94,7 +60,7 @@ TEST_F(FootprintCommands, FootprintMeasuresARootGivenThroughALinkWhereItLies) {
 
 TEST_F(FootprintCommands, FootprintPrintsTheTotalsTable) {
     write("tree/a.bin", 3'000);
-    const Outcome outcome = velmora("footprint '" + path("tree") + "'", "NO_COLOR=1");
+    const Outcome outcome = velmora({"footprint", path("tree")}, {"NO_COLOR=1"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("UNIQUE PHYSICAL"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("Total"), std::string::npos);
@@ -107,18 +73,18 @@ TEST_F(FootprintCommands, FootprintRejectsBadPathsWithOneLineNamingThem) {
     fs::create_directories(path("tree"));
     fs::create_directories(path("other"));
     const struct {
-        std::string arguments;
+        std::vector<std::string> arguments;
         std::string message;
     } cases[] = {
-        {"footprint '" + path("missing") + "'", "'" + path("missing") + "': no such folder"},
-        {"footprint '" + path("file.txt") + "'", "not a folder"},
-        {"footprint '" + path("tree") + "' --area '" + path("other") + "'", "not inside"},
-        {"footprint '" + path("tree") + "' --area '" + path("tree/nope") + "'", "--area"},
-        {"footprint", "path"},
+        {{"footprint", path("missing")}, "'" + path("missing") + "': no such folder"},
+        {{"footprint", path("file.txt")}, "not a folder"},
+        {{"footprint", path("tree"), "--area", path("other")}, "not inside"},
+        {{"footprint", path("tree"), "--area", path("tree/nope")}, "--area"},
+        {{"footprint"}, "path"},
     };
     for (const auto& item : cases) {
         const Outcome outcome = velmora(item.arguments);
-        EXPECT_EQ(outcome.status, 2) << item.arguments;
+        EXPECT_EQ(outcome.status, 2) << ::testing::PrintToString(item.arguments);
         EXPECT_EQ(outcome.err.rfind("velmora: ", 0), 0u) << outcome.err;
         EXPECT_NE(outcome.err.find(item.message), std::string::npos) << outcome.err;
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
@@ -130,8 +96,8 @@ TEST_F(FootprintCommands, DevMeasuresPresentLocationsAndLeavesMissingOnesUnmeasu
     write("home/.cache/pip/http/wheel.bin", 12'000);
     write("home/.cache/pip/selfcheck.json", 100);
     write("home/.npm", 500);  // a location that is a single file
-    const std::string environment = "HOME='" + path("home") + "'";
-    const Outcome outcome = velmora("--json --now 2026-11-02T09:30:00Z dev", environment);
+    const std::string home = "HOME=" + path("home");
+    const Outcome outcome = velmora({"--json", "--now", "2026-11-02T09:30:00Z", "dev"}, {home});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const Json document = Json::parse(outcome.out);
     ASSERT_TRUE(document.is_array());
@@ -152,7 +118,7 @@ TEST_F(FootprintCommands, DevMeasuresPresentLocationsAndLeavesMissingOnesUnmeasu
     }
     EXPECT_EQ(measured, 2);
 
-    const Outcome human = velmora("dev", environment + " NO_COLOR=1");
+    const Outcome human = velmora({"dev"}, {home, "NO_COLOR=1"});
     ASSERT_EQ(human.status, 0) << human.err;
     const auto androidLine = human.out.substr(human.out.find("Android SDK"));
     EXPECT_NE(androidLine.substr(0, androidLine.find('\n')).find("not present"), std::string::npos) << human.out;

@@ -1,46 +1,23 @@
 // `velmora status`, `disks` and `volumes` on recorded machines, driven in-process as a person or
 // a script would call them.
 #include "Commands.h"
+#include "cli/VelmoraProcess.h"
 #include "common/Json.h"
 #include "storage/StorageSnapshot.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace corvel::cli {
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using clitest::lineWith;
+using clitest::machine;
 
-Outcome velmora(std::vector<std::string> words) {
-    std::ostringstream out;
-    std::ostringstream err;
-    CliContext context(out, err, false, false);
-    std::vector<const char*> argv{"velmora"};
-    for (const auto& word : words) argv.push_back(word.c_str());
-    Outcome outcome;
-    outcome.status = runCommandLine(static_cast<int>(argv.size()), argv.data(), context, registerStatusCommands);
-    outcome.out = out.str();
-    outcome.err = err.str();
-    return outcome;
-}
-
-std::string machine(const std::string& name) { return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name; }
-
-// The line of `text` that contains `needle`, or "" when none does.
-std::string lineWith(const std::string& text, const std::string& needle) {
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find(needle) != std::string::npos) return line;
-    }
-    return "";
+clitest::Outcome velmora(const std::vector<std::string>& words) {
+    return clitest::velmoraInProcess(words, registerStatusCommands);
 }
 
 }  // namespace

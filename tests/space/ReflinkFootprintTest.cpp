@@ -3,15 +3,13 @@
 // skip themselves with the reason where any of that is missing.
 #include <gtest/gtest.h>
 
-#include <sys/mount.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 
-#include "FootprintTestFolder.h"
+#include "ReflinkVolume.h"
 #include "space/FileAttributes.h"
 #include "space/PhysicalFootprint.h"
 
@@ -20,55 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int run(const std::string& command) {
-    return std::system((command + " >/dev/null 2>&1").c_str());
-}
-
-class ReflinkFootprint : public ::testing::Test {
+class ReflinkFootprint : public spacetest::ReflinkVolumeTest {
 protected:
-    static void SetUpTestSuite() {
-        if (geteuid() != 0) {
-            skipReason_ = "needs root to loop-mount an XFS image";
-            return;
-        }
-        if (run("command -v mkfs.xfs") != 0) {
-            skipReason_ = "mkfs.xfs (xfsprogs) is not installed";
-            return;
-        }
-        workspace_ = new spacetest::FootprintTestFolder();
-        const std::string image = workspace_->path("xfs.img");
-        mountPoint_ = workspace_->path("mnt");
-        fs::create_directories(mountPoint_);
-        { std::ofstream sizing(image, std::ios::binary); }
-        fs::resize_file(image, 320ull << 20);
-        if (run("mkfs.xfs -q -m reflink=1 '" + image + "'") != 0) {
-            skipReason_ = "mkfs.xfs could not make a reflink-capable image";
-            return;
-        }
-        if (run("mount -o loop '" + image + "' '" + mountPoint_ + "'") != 0) {
-            skipReason_ = "loop mounting is not permitted here (no loop device or no mount rights)";
-            return;
-        }
-        mounted_ = true;
-    }
-
-    static void TearDownTestSuite() {
-        if (mounted_ && umount(mountPoint_.c_str()) != 0) umount2(mountPoint_.c_str(), MNT_DETACH);
-        mounted_ = false;
-        delete workspace_;
-        workspace_ = nullptr;
-    }
-
-    void SetUp() override {
-        if (!mounted_) GTEST_SKIP() << skipReason_;
-        tree_ = mountPoint_ + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        fs::create_directories(tree_);
-    }
-
-    void TearDown() override {
-        if (!tree_.empty()) fs::remove_all(tree_);
-    }
-
     static void writeRandom(const std::string& path, std::size_t bytes) {
         std::mt19937_64 generator(42);
         std::string data(bytes, '\0');
@@ -77,18 +28,10 @@ protected:
     }
 
     static bool reflink(const std::string& from, const std::string& to) {
-        return run("cp --reflink=always '" + from + "' '" + to + "'") == 0;
+        return spacetest::runQuietly("cp --reflink=always '" + from + "' '" + to + "'") == 0;
     }
 
-    static std::string workspace() { return workspace_->root().string(); }
-
-    std::string tree_;
-
-private:
-    static inline spacetest::FootprintTestFolder* workspace_ = nullptr;
-    static inline std::string mountPoint_;
-    static inline std::string skipReason_;
-    static inline bool mounted_ = false;
+    static std::string workspace() { return volume().workspace(); }
 };
 
 constexpr std::int64_t megabyte = 1 << 20;

@@ -1,16 +1,14 @@
 // The space scanner on a file system that shares blocks: a small XFS image with reflinks,
 // loop-mounted for the suite. Needs root, loop devices and xfsprogs; skips with the reason
 // where any of that is missing.
-#include "FootprintTestFolder.h"
+#include "ReflinkVolume.h"
 #include "space/SpaceScanner.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -20,59 +18,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()); }
-
 std::int64_t blocksOf(const std::string& path) {
     struct stat st {};
     if (::lstat(path.c_str(), &st) != 0) throw std::runtime_error("lstat " + path);
     return static_cast<std::int64_t>(st.st_blocks) * 512;
 }
 
-class SpaceScannerOnReflinks : public ::testing::Test {
+class SpaceScannerOnReflinks : public spacetest::ReflinkVolumeTest {
 protected:
-    static void SetUpTestSuite() {
-        if (::geteuid() != 0) {
-            skipReason_ = "needs root to loop-mount an XFS image";
-            return;
-        }
-        if (run("command -v mkfs.xfs") != 0) {
-            skipReason_ = "mkfs.xfs (xfsprogs) is not installed";
-            return;
-        }
-        workspace_ = new spacetest::FootprintTestFolder();
-        const std::string image = workspace_->path("xfs.img");
-        mountPoint_ = workspace_->path("mnt");
-        fs::create_directories(mountPoint_);
-        { std::ofstream sizing(image, std::ios::binary); }
-        fs::resize_file(image, 320ull << 20);
-        if (run("mkfs.xfs -q -m reflink=1 '" + image + "'") != 0) {
-            skipReason_ = "mkfs.xfs could not make a reflink-capable image";
-            return;
-        }
-        if (run("mount -o loop '" + image + "' '" + mountPoint_ + "'") != 0) {
-            skipReason_ = "loop mounting is not permitted here (no loop device or no mount rights)";
-            return;
-        }
-        mounted_ = true;
-    }
-
-    static void TearDownTestSuite() {
-        if (mounted_ && ::umount(mountPoint_.c_str()) != 0) ::umount2(mountPoint_.c_str(), MNT_DETACH);
-        mounted_ = false;
-        delete workspace_;
-        workspace_ = nullptr;
-    }
-
-    void SetUp() override {
-        if (!mounted_) GTEST_SKIP() << skipReason_;
-        tree_ = mountPoint_ + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        fs::create_directories(tree_);
-    }
-
-    void TearDown() override {
-        if (!tree_.empty()) fs::remove_all(tree_);
-    }
-
     static void writeRandom(const std::string& path, std::size_t bytes) {
         fs::create_directories(fs::path(path).parent_path());
         std::mt19937_64 generator(7);
@@ -83,14 +36,9 @@ protected:
 
     static void copy(const std::string& from, const std::string& to, const char* mode) {
         fs::create_directories(fs::path(to).parent_path());
-        ASSERT_EQ(run(std::string("cp --reflink=") + mode + " '" + from + "' '" + to + "' && sync"), 0);
+        const std::string command = std::string("cp --reflink=") + mode + " '" + from + "' '" + to + "' && sync";
+        ASSERT_EQ(spacetest::runQuietly(command), 0);
     }
-
-    inline static spacetest::FootprintTestFolder* workspace_ = nullptr;
-    inline static std::string mountPoint_;
-    inline static bool mounted_ = false;
-    inline static std::string skipReason_;
-    std::string tree_;
 };
 
 TEST_F(SpaceScannerOnReflinks, ClonesHoldNoExclusiveBytesAndAreNotDuplicatesOfEachOther) {

@@ -1,0 +1,59 @@
+// Runs velmora for the command-line tests and keeps what it said: the real binary as a child
+// process, or the command parser in-process for tests that look at one command family. Also a
+// temporary folder per test and small readers of recorded machines and output lines.
+#pragma once
+
+#include "Commands.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace corvel::clitest {
+
+struct Outcome {
+    int status = -1;  // the exit status; -1 when velmora was killed by a signal or could not start
+    std::string out;
+    std::string err;
+};
+
+enum class Streams {
+    separate,  // stdout into `out`, stderr into `err`
+    merged,    // both into `out`, in the order written, as a terminal would show them
+};
+
+// Runs the velmora binary with `arguments`, each handed over as one word without a shell, so
+// paths with spaces or quotes need no quoting. `environment` holds NAME=value entries that
+// replace or add to the inherited environment (e.g. "NO_COLOR=1", "HOME=/nowhere").
+Outcome velmora(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {},
+                Streams streams = Streams::separate);
+
+// Runs one command line in this process with only `families` registered; never a terminal.
+Outcome velmoraInProcess(const std::vector<std::string>& arguments, const cli::CommandFamilies& families);
+
+// The folder of the recorded machine `name` among the fixtures.
+std::string machine(const std::string& name);
+
+// The line of `text` that contains `needle`, or "" when none does.
+std::string lineWith(const std::string& text, const std::string& needle);
+
+// A fresh folder under the system's temporary folder, removed with everything in it at the end.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& root() const { return root_; }
+    std::string path() const { return root_.string(); }
+    std::string path(const std::string& relative) const { return (root_ / relative).string(); }
+
+    // Writes `contents` to `relative`, making the folders on the way.
+    void write(const std::string& relative, const std::string& contents) const;
+
+private:
+    std::filesystem::path root_;
+};
+
+}  // namespace corvel::clitest
