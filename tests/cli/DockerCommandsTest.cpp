@@ -158,8 +158,16 @@ TEST(InsightsCommand, ReadsTheLastScanSummaryFromTheDataFolder) {
                                         "space.big./Users/sam/Pictures/Photos Library.photoslibrary", "docker.move"}));
 
     const auto human = velmora({"insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
-    EXPECT_NE(human.out.find("Space suggestions from the scan of /Users/sam at 2026-11-01T08:00:00Z"),
+    EXPECT_NE(human.out.find("Space suggestions from the scan of /Users/sam at 2026-11-01T08:00:00Z."),
               std::string::npos);
+
+    // A scan of a folder outside the recorded home was made on this machine, not on the recording.
+    summary.root = "/work/elsewhere";
+    summary.save(data.path());
+    const auto foreign = velmora({"insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
+    EXPECT_NE(foreign.out.find("Last scan summary ignored: it covers /work/elsewhere"), std::string::npos)
+        << foreign.out;
+    EXPECT_EQ(foreign.out.find("Photos Library"), std::string::npos) << foreign.out;
 
     AtomicFile::write(std::filesystem::path(data.path()) / SpaceSummary::fileName, "{broken");
     const auto broken = velmora({"insights", "--replay", machine("mac-docker-stopped"), "--data-dir", data.path()});
