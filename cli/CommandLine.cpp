@@ -35,10 +35,12 @@ std::optional<std::string> requestedCommand(int argc, const char* const* argv) {
 void addGlobalOptions(CLI::App& app, CliContext& context) {
     auto& options = context.options();
     app.add_flag("--json", options.json, "Print one JSON document on stdout instead of text");
-    app.add_option("--replay", options.replay, "Read a recorded machine (a folder with machine.json) instead of this one")
+    app.add_option("--replay", options.replay,
+                   "Read a recorded machine (a folder with machine.json) instead of this one")
         ->type_name("DIR");
     app.add_option("--now", options.now, "Take this ISO 8601 instant as the current time")->type_name("ISO8601");
-    app.add_option("--data-dir", options.dataDir, "Keep data files in DIR (default: VELMORA_DATA_DIR, then the support folder)")
+    app.add_option("--data-dir", options.dataDir,
+                   "Keep data files in DIR (default: VELMORA_DATA_DIR, then the support folder)")
         ->type_name("DIR");
 }
 
@@ -64,17 +66,26 @@ void addHelpCommand(CLI::App& app, CliContext& context) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv, CliContext& context, const CommandFamilies& families) {
-    CLI::App app("Velmora shows where a machine's storage really goes.\n"
-                 "Run 'velmora help COMMAND' for one command's options.",
-                 programName);
+    CLI::App app(
+        "Velmora shows where a machine's storage really goes.\n"
+        "Run 'velmora help COMMAND' for one command's options.",
+        programName);
     app.set_version_flag("--version", std::string(programName) + " " + VELMORA_VERSION);
     app.fallthrough();  // global options may follow the command
     app.require_subcommand(0, 1);
     addGlobalOptions(app, context);
     addHelpCommand(app, context);
     families(app, context);
+    // Every option is checked before any command starts work: a bad --now or --replay is bad
+    // usage, not a failure found after a long scan.
+    app.parse_complete_callback([&context] { context.validate(); });
 
     auto& err = context.err();
+    // CLI11 would take the default command's name as the value ("--replay status").
+    if (argc > 1 && optionsWithValues().count(argv[argc - 1])) {
+        err << programName << ": " << argv[argc - 1] << " needs a value (see 'velmora help')\n";
+        return 2;
+    }
     if (const auto word = requestedCommand(argc, argv)) {
         bool known = false;
         for (const auto* sub : app.get_subcommands([](CLI::App*) { return true; }))

@@ -8,26 +8,20 @@
 
 #include "CliContext.h"
 #include "common/Json.h"
-#include "diagnostics/DiagnosticReport.h"
-#include "diagnostics/DimensionAssessment.h"
+#include "diagnostics/CorvelSettings.h"
+#include "machine/MachineDiagnosis.h"
 #include "storage/StorageSnapshot.h"
 
 #include <vector>
 
 namespace corvel::cli {
 
-struct Diagnosis {
-    DiagnosticReport report;
-    std::vector<DimensionAssessment> health;
-};
-
-// Evaluates `snapshot` with the thresholds, expected volumes and verification dates of the
-// settings. Topologies are not inspected yet, so the connection dimension stays unknown.
-Diagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot);
+// Evaluates `snapshot` with the user's settings.
+MachineDiagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot);
 
 // Overall severity, health score, one line per dimension, then the findings that need action.
-void printHealthSummary(CliContext& context, const Diagnosis& diagnosis);
+void printHealthSummary(CliContext& context, const MachineDiagnosis& diagnosis);
 
-void addDiagnosisJson(Json& document, const Diagnosis& diagnosis);
+void addDiagnosisJson(Json& document, const MachineDiagnosis& diagnosis);
 
 }  // namespace corvel::cli

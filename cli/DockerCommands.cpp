@@ -3,16 +3,13 @@
 // the machine, not a failure of the command.
 #include "CliErrors.h"
 #include "Commands.h"
-#include "DockerAccess.h"
 #include "common/ByteFormat.h"
 #include "common/CheckedArithmetic.h"
 #include "common/Text.h"
-#include "storage/MachineStorage.h"
+#include "machine/DockerReading.h"
 
 namespace corvel::cli {
 namespace {
-
-constexpr double discoveryTimeoutSeconds = 20;
 
 std::string bytes(std::int64_t amount) {
     return ByteFormat::string(amount);
@@ -48,7 +45,7 @@ void printEngine(CliContext& context, const DockerReading& reading, const Docker
             facts.addRow(
                 {"Data root", *inventory.dockerRootDir + (insideVM ? style.dim(" (inside the virtual machine)") : "")});
     } else {
-        facts.addRow({"Engine", style.yellow(engineNotRunningTitle())});
+        facts.addRow({"Engine", style.yellow(DockerReading::engineNotRunningTitle())});
     }
     facts.addRow({"Program", *reading.executable});
     if (const auto& image = inventory.diskImage) {
@@ -64,7 +61,9 @@ void printEngine(CliContext& context, const DockerReading& reading, const Docker
     if (inventory.isReachable()) facts.addRow({"Build cache", bytes(inventory.buildCacheBytes)});
     facts.print(context.out(), "  ");
     if (!inventory.isReachable())
-        context.out() << "  " << style.dim(engineNotRunningHint(reading.platform, inventory.diskImage.has_value()))
+        context.out() << "  "
+                      << style.dim(
+                             DockerReading::engineNotRunningHint(reading.platform, inventory.diskImage.has_value()))
                       << '\n';
 }
 
@@ -159,9 +158,8 @@ void registerDockerCommands(CLI::App& app, CliContext& context) {
     auto* docker = app.add_subcommand(
         "docker", "Show what Docker keeps on this machine: disk image, projects, databases, bind mounts (read-only)");
     docker->callback([&context] {
-        const auto snapshot =
-            MachineStorage::snapshot(context.runner(discoveryTimeoutSeconds), context.recording(), context.now());
-        const auto reading = readDocker(context, snapshot);
+        const auto snapshot = context.machine().snapshot();
+        const auto reading = DockerReading::read(context.machine(), snapshot);
         if (!reading.executable) {
             if (context.json())
                 context.printJson(Json{{"installed", false}});

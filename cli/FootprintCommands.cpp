@@ -91,7 +91,6 @@ void printFootprint(CliContext& context, const std::string& root, const Physical
 }
 
 void runFootprint(CliContext& context, const FootprintOptions& options) {
-    context.validate();
     const std::string root = requireFolder(options.path, "");
     std::set<std::string> areas;
     for (const std::string& typed : options.areas) {
@@ -127,13 +126,6 @@ void addFootprintCommand(CLI::App& app, CliContext& context) {
     command->callback([&context, options] { runFootprint(context, *options); });
 }
 
-// A recorded machine's home follows the recording's platform; the live one this build's.
-HostPlatform platformOf(CliContext& context) {
-    if (const RecordedMachine* machine = context.recording())
-        return machine->platform == "linux" ? HostPlatform::linux : HostPlatform::macos;
-    return hostPlatform();
-}
-
 struct DevRow {
     FootprintLocation location;
     std::optional<DirectoryMeasurement> measurement;
@@ -143,8 +135,7 @@ void printDev(CliContext& context, const std::vector<DevRow>& rows) {
     const Style& style = context.style();
     using Align = Table::Align;
     Table table({Align::left, Align::left, Align::right, Align::right, Align::left});
-    table.addRow(
-        {"LOCATION", "CATEGORY", "SIZE", "FILES", "NOTE"});
+    table.addRow({"LOCATION", "CATEGORY", "SIZE", "FILES", "NOTE"});
     std::int64_t total = 0;
     int present = 0;
     for (const DevRow& row : rows) {
@@ -165,12 +156,11 @@ void printDev(CliContext& context, const std::vector<DevRow>& rows) {
 }
 
 void runDev(CliContext& context) {
-    context.validate();
-    const TimePoint now = context.now();
+    const TimePoint now = context.machine().now();
     std::vector<DevRow> rows;
     {
         ProgressLine progress(context);
-        for (auto& location : FootprintLocation::defaults(context.home(), platformOf(context))) {
+        for (auto& location : FootprintLocation::defaults(context.machine().home(), context.machine().platform())) {
             progress.show("Measuring " + location.name + " …");
             auto measurement = DirectorySizer::measure(location.path, now, [] { return false; });
             rows.push_back({std::move(location), measurement});

@@ -3,17 +3,11 @@
 #include "CliErrors.h"
 #include "Commands.h"
 #include "DiagnoseCommands.h"
-#include "MachineInsights.h"
+#include "InsightsOutput.h"
 #include "common/ByteFormat.h"
 #include "insights/InsightEngine.h"
-#include "storage/MachineStorage.h"
 
 namespace corvel::cli {
-namespace {
-
-constexpr double discoveryTimeoutSeconds = 20;
-
-}  // namespace
 
 void registerInsightsCommands(CLI::App& app, CliContext& context) {
     auto* command =
@@ -24,17 +18,16 @@ void registerInsightsCommands(CLI::App& app, CliContext& context) {
     command->callback([&context, minimumBytes] {
         if (*minimumBytes < 0)
             throw UsageError("--min-bytes: " + std::to_string(*minimumBytes) + " is negative; give a byte count");
-        const auto snapshot =
-            MachineStorage::snapshot(context.runner(discoveryTimeoutSeconds), context.recording(), context.now());
-        const auto result = machineInsights(context, snapshot, diagnose(context, snapshot).report, *minimumBytes);
+        const auto snapshot = context.machine().snapshot();
+        const auto result =
+            MachineInsights::of(context.machine(), snapshot, diagnose(context, snapshot).report, *minimumBytes);
 
         if (context.json()) {
             context.printJson(Json{{"insights", result.insights}});
             return;
         }
         const auto& style = context.style();
-        if (const auto* machine = context.recording())
-            context.out() << style.dim("Recorded machine: " + machine->name) << "\n\n";
+        context.printSource();
         context.out() << style.bold("Insights") << '\n';
         printInsights(context, result.insights, result.insights.size(), "  ");
         context.out() << '\n'

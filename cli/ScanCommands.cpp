@@ -3,8 +3,8 @@
 // what it measured, marked as partial, and saves the summary the insights read.
 #include "CliErrors.h"
 #include "Commands.h"
-#include "SpaceCatalogFor.h"
 #include "common/ByteFormat.h"
+#include "common/PathText.h"
 #include "space/ScanReporting.h"
 #include "space/SpaceJsonWriter.h"
 #include "space/SpaceScanner.h"
@@ -13,12 +13,12 @@
 
 #include <fmt/format.h>
 
+#include <pthread.h>
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <future>
-#include <pthread.h>
 #include <thread>
 
 namespace corvel::cli {
@@ -71,8 +71,9 @@ private:
 
 std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
     const double rate = seconds > 0 ? static_cast<double>(now.files) / seconds : 0;
-    std::string line = fmt::format("Scanning: {} files, {}, {} files/s", groupedCount(now.files),
-                                   ByteFormat::string(now.allocatedBytes), groupedCount(static_cast<std::int64_t>(rate)));
+    std::string line =
+        fmt::format("Scanning: {} files, {}, {} files/s", groupedCount(now.files),
+                    ByteFormat::string(now.allocatedBytes), groupedCount(static_cast<std::int64_t>(rate)));
     if (!now.currentFolder.empty()) {
         constexpr std::size_t room = 50;
         std::string folder = ScanReporting::displayText(now.currentFolder);
@@ -85,10 +86,14 @@ std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
 std::string riskText(const Style& style, CleanupRisk risk) {
     const std::string text(label(risk));
     switch (risk) {
-        case CleanupRisk::green: return style.green(text);
-        case CleanupRisk::yellow: return style.yellow(text);
-        case CleanupRisk::red: return style.red(text);
-        case CleanupRisk::gray: return style.dim(text);
+        case CleanupRisk::green:
+            return style.green(text);
+        case CleanupRisk::yellow:
+            return style.yellow(text);
+        case CleanupRisk::red:
+            return style.red(text);
+        case CleanupRisk::gray:
+            return style.dim(text);
     }
     return text;
 }
@@ -105,7 +110,8 @@ void addTreeRows(Table& table, const Style& style, const SpaceNode& node, const 
         if (node.accessDenied) name += style.red("  [unreadable]");
     }
     table.addRow({ByteFormat::string(node.allocatedBytes), ByteFormat::string(node.exclusiveBytes), percent(share),
-                  std::string(rawValue(node.classification.category)), riskText(style, node.classification.risk), name});
+                  std::string(rawValue(node.classification.category)), riskText(style, node.classification.risk),
+                  name});
     for (const auto& child : node.children) addTreeRows(table, style, child, &node, depth + 1);
 }
 
@@ -113,11 +119,12 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
                 double seconds, bool searchedDuplicates) {
     auto& out = context.out();
     const auto& style = context.style();
-    out << style.bold("Scanned " + report.root) << fmt::format(" in {:.2f} s: ", seconds) << groupedCount(report.fileCount)
-        << " files in " << groupedCount(report.directoryCount) << " folders, " << ByteFormat::string(report.allocatedBytes)
-        << " allocated (" << ByteFormat::string(report.exclusiveBytes) << " exclusive, "
-        << ByteFormat::string(report.logicalBytes) << " logical)\n";
-    if (report.wasCancelled) out << style.yellow("PARTIAL: the scan was interrupted; figures cover what was measured.") << '\n';
+    out << style.bold("Scanned " + report.root) << fmt::format(" in {:.2f} s: ", seconds)
+        << groupedCount(report.fileCount) << " files in " << groupedCount(report.directoryCount) << " folders, "
+        << ByteFormat::string(report.allocatedBytes) << " allocated (" << ByteFormat::string(report.exclusiveBytes)
+        << " exclusive, " << ByteFormat::string(report.logicalBytes) << " logical)\n";
+    if (report.wasCancelled)
+        out << style.yellow("PARTIAL: the scan was interrupted; figures cover what was measured.") << '\n';
 
     out << '\n' << style.bold("Biggest folders") << '\n';
     Table treeTable({Table::Align::right, Table::Align::right, Table::Align::right});
@@ -147,8 +154,8 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
     for (std::size_t i = 0; i < report.duplicates.size() && i < top; ++i) {
         const auto& group = report.duplicates[i];
         out << "  " << ByteFormat::string(group.reclaimableBytes()) << " reclaimable: " << group.paths.size()
-            << " copies of " << ByteFormat::string(group.logicalBytes) << style.dim("  sha256 " + group.contentHash.substr(0, 12))
-            << '\n';
+            << " copies of " << ByteFormat::string(group.logicalBytes)
+            << style.dim("  sha256 " + group.contentHash.substr(0, 12)) << '\n';
         for (const auto& path : group.paths) out << "    " << path << '\n';
     }
 
@@ -163,19 +170,22 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
 
     out << '\n';
     out << "Hard links save " << ByteFormat::string(report.hardLinkSavedBytes) << " (each inode counted once)\n";
-    out << "Clones share " << ByteFormat::string(report.cloneSharedBytes) << " (allocated once, listed in several files)\n";
+    out << "Clones share " << ByteFormat::string(report.cloneSharedBytes)
+        << " (allocated once, listed in several files)\n";
     out << "Unreadable folders: " << groupedCount(report.deniedDirectories);
     if (report.unreadableFiles > 0) out << ", unreadable files: " << groupedCount(report.unreadableFiles);
-    if (report.skippedMountPoints > 0) out << ", other volumes not entered: " << groupedCount(report.skippedMountPoints);
+    if (report.skippedMountPoints > 0)
+        out << ", other volumes not entered: " << groupedCount(report.skippedMountPoints);
     out << '\n';
     if (!report.credentialsInTrash.empty()) {
-        out << style.yellow(fmt::format("{} credential-like files are in the Trash:", report.credentialsInTrash.size())) << '\n';
+        out << style.yellow(fmt::format("{} credential-like files are in the Trash:", report.credentialsInTrash.size()))
+            << '\n';
         for (const auto& path : report.credentialsInTrash) out << "  " << path << '\n';
     }
 }
 
 void runScan(CliContext& context, const ScanCommandOptions& options) {
-    const std::string root = options.path.empty() ? context.home() : options.path;
+    const std::string root = options.path.empty() ? context.machine().home() : options.path;
     std::error_code error;
     if (!std::filesystem::exists(root, error)) throw UsageError("cannot scan " + root + ": no such file or folder");
     if (!std::filesystem::is_directory(root, error)) throw UsageError("cannot scan " + root + ": not a folder");
@@ -213,7 +223,7 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 
-    const SpaceCatalog catalog = spaceCatalogFor(context);
+    const SpaceCatalog catalog = context.machine().catalog();
     const SpaceScanReport report = ScanReporting::report(tree, catalog);
     SpaceTreeOptions treeOptions;
     treeOptions.maxDepth = options.depth;
@@ -229,7 +239,7 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
     }
 
     try {
-        SpaceSummary::fromScan(builder.root(), report, context.now()).save(context.dataDir());
+        SpaceSummary::fromScan(builder.root(), report, context.machine().now()).save(context.machine().dataFolder());
     } catch (const std::exception& failure) {
         context.err() << "velmora: could not save the space summary: " << failure.what() << '\n';
     }
@@ -244,7 +254,8 @@ void registerScanCommands(CLI::App& app, CliContext& context) {
     scan->add_option("path", options->path, "The folder to scan")->type_name("PATH");
     scan->add_option("--depth", options->depth, "Levels of the folder tree to show (default 2)")
         ->check(CLI::Range(0, 64));
-    scan->add_option("--top", options->top, "Children per folder, largest files and duplicate groups to show (default 10)")
+    scan->add_option("--top", options->top,
+                     "Children per folder, largest files and duplicate groups to show (default 10)")
         ->check(CLI::Range(1, 1000));
     scan->add_flag("--one-file-system,!--all-file-systems", options->oneFileSystem,
                    "Stay on the folder's volume (default); --all-file-systems enters other mounted volumes");
@@ -252,7 +263,8 @@ void registerScanCommands(CLI::App& app, CliContext& context) {
                      "Leave out items whose name (or, with a '/', whose path) matches GLOB; repeatable")
         ->type_name("GLOB")
         ->allow_extra_args(false);
-    scan->add_flag("!--no-duplicates", options->duplicates, "Skip the duplicate search (it reads files of 1 MB and more)");
+    scan->add_flag("!--no-duplicates", options->duplicates,
+                   "Skip the duplicate search (it reads files of 1 MB and more)");
     scan->add_option("--threads", options->threads, "Walker threads (default: eight per core, 16 to 32)")
         ->check(CLI::Range(1, 256));
     scan->callback([&context, options] { runScan(context, *options); });

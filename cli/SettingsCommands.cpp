@@ -14,7 +14,9 @@
 namespace corvel::cli {
 namespace {
 
-SettingsStore storeFor(CliContext& context) { return SettingsStore(context.dataDir(), context.home()); }
+SettingsStore storeFor(CliContext& context) {
+    return SettingsStore(context.machine().dataFolder(), context.machine().home());
+}
 
 SettingsStore::Loaded load(CliContext& context, SettingsStore& store) {
     auto loaded = store.load();
@@ -65,7 +67,7 @@ void registerSettingsCommands(CLI::App& app, CliContext& context) {
         const auto loaded = load(context, store);
         CorvelSettings changed;
         try {
-            changed = SettingsEditor::apply(loaded.settings, *key, *value, context.home());
+            changed = SettingsEditor::apply(loaded.settings, *key, *value, context.machine().home());
         } catch (const SettingsError& error) {
             throw UsageError(error.what());
         }

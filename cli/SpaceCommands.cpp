@@ -2,7 +2,7 @@
 // footprint, developer locations and scans.
 #include "CliErrors.h"
 #include "Commands.h"
-#include "SpaceCatalogFor.h"
+#include "common/PathText.h"
 
 #include <filesystem>
 #include <memory>
@@ -20,10 +20,14 @@ struct ClassifyOptions {
 std::string styledRisk(const Style& style, CleanupRisk risk) {
     const std::string text = std::string(label(risk)) + " (" + std::string(rawValue(risk)) + ")";
     switch (risk) {
-        case CleanupRisk::green: return style.green(text);
-        case CleanupRisk::yellow: return style.yellow(text);
-        case CleanupRisk::red: return style.red(text);
-        case CleanupRisk::gray: return style.dim(text);
+        case CleanupRisk::green:
+            return style.green(text);
+        case CleanupRisk::yellow:
+            return style.yellow(text);
+        case CleanupRisk::red:
+            return style.red(text);
+        case CleanupRisk::gray:
+            return style.dim(text);
     }
     return text;
 }
@@ -33,21 +37,21 @@ std::string styledRisk(const Style& style, CleanupRisk risk) {
 bool isDirectoryPath(CliContext& context, const ClassifyOptions& options, const std::string& path) {
     if (options.asDirectory) return true;
     if (options.asFile) return false;
-    if (context.isReplay()) return true;
+    if (context.machine().isRecorded()) return true;
     std::error_code ec;
     const auto status = std::filesystem::symlink_status(path, ec);
     if (ec || status.type() == std::filesystem::file_type::not_found)
-        throw UsageError("'" + path + "': no such file or folder (use --as-directory or --as-file to classify a path "
+        throw UsageError("'" + path +
+                         "': no such file or folder (use --as-directory or --as-file to classify a path "
                          "that does not exist here)");
     return status.type() == std::filesystem::file_type::directory;
 }
 
 void runClassify(CliContext& context, const ClassifyOptions& options) {
-    context.validate();
     if (options.asDirectory && options.asFile) throw UsageError("--as-directory and --as-file exclude each other");
     std::vector<std::string> roots;
-    for (const auto& root : options.projectRoots) roots.push_back(absolutePathText(root));
-    const SpaceCatalog catalog = spaceCatalogFor(context, std::move(roots));
+    for (const auto& root : options.projectRoots) roots.push_back(normalPath(root));
+    const SpaceCatalog catalog = context.machine().catalog(std::move(roots));
 
     // Every path is looked at before anything is printed, so a typo fails the whole command
     // instead of leaving half an answer.
@@ -57,7 +61,7 @@ void runClassify(CliContext& context, const ClassifyOptions& options) {
     };
     std::vector<Entry> entries;
     for (const auto& typed : options.paths) {
-        auto path = absolutePathText(typed);
+        auto path = normalPath(typed);
         const bool isDirectory = isDirectoryPath(context, options, path);
         entries.push_back({std::move(path), isDirectory});
     }
@@ -90,8 +94,9 @@ void runClassify(CliContext& context, const ClassifyOptions& options) {
 
 void addClassifyCommand(CLI::App& app, CliContext& context) {
     auto options = std::make_shared<ClassifyOptions>();
-    auto* command = app.add_subcommand("classify", "Show what the space catalogue says about paths: category, "
-                                                   "cleanup risk, owner, rationale and the owner's cleanup hint");
+    auto* command = app.add_subcommand("classify",
+                                       "Show what the space catalogue says about paths: category, "
+                                       "cleanup risk, owner, rationale and the owner's cleanup hint");
     command->add_option("path", options->paths, "Paths to classify (relative ones from the current folder)")
         ->required()
         ->type_name("PATH");

@@ -3,11 +3,13 @@
 #include "CliErrors.h"
 #include "Commands.h"
 #include "DiagnoseCommands.h"
-#include "MachineInsights.h"
+#include "InsightsOutput.h"
+#include "SettingsCommands.h"
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 #include "common/Text.h"
-#include "storage/MachineStorage.h"
+#include "insights/InsightEngine.h"
+#include "machine/RefreshCycle.h"
 
 #include <cmath>
 #include <sstream>
@@ -15,21 +17,10 @@
 namespace corvel::cli {
 namespace {
 
-// Discovery's own runner time-out: long enough for a sleepy external disk to spin up.
-constexpr double discoveryTimeoutSeconds = 20;
 constexpr int barWidth = 20;
 
-StorageSnapshot takeSnapshot(CliContext& context) {
-    return MachineStorage::snapshot(context.runner(discoveryTimeoutSeconds), context.recording(), context.now());
-}
-
 std::string smartText(const PhysicalDisk& disk, const Style& style) {
-    const std::string text(label(disk.smartStatus));
-    switch (disk.smartStatus) {
-        case SMARTStatus::verified: return style.green(text);
-        case SMARTStatus::failing: return style.red(style.bold(text));
-        default: return style.dim(text);
-    }
+    return style.tone(toneOf(disk.smartStatus), label(disk.smartStatus));
 }
 
 std::string mediumText(const PhysicalDisk& disk) {
@@ -75,14 +66,6 @@ void printHeading(CliContext& context, const std::string& title) {
     context.out() << context.style().bold(title) << '\n';
 }
 
-void printSource(CliContext& context, const StorageSnapshot& snapshot) {
-    if (const auto* machine = context.recording()) {
-        context.out() << context.style().dim("Recorded machine: " + machine->name + " (" +
-                                             ISO8601::format(snapshot.capturedAt) + ")")
-                      << "\n\n";
-    }
-}
-
 void printDisks(CliContext& context, const StorageSnapshot& snapshot) {
     const auto& style = context.style();
     printHeading(context, "Disks");
@@ -91,8 +74,8 @@ void printDisks(CliContext& context, const StorageSnapshot& snapshot) {
         return;
     }
     Table table({Table::Align::left, Table::Align::left, Table::Align::right});
-    table.addRow({style.dim("DISK"), style.dim("NAME"), style.dim("SIZE"), style.dim("CONNECTION"),
-                  style.dim("MEDIUM"), style.dim("SMART")});
+    table.addRow({style.dim("DISK"), style.dim("NAME"), style.dim("SIZE"), style.dim("CONNECTION"), style.dim("MEDIUM"),
+                  style.dim("SMART")});
     for (const auto& disk : snapshot.disks) {
         table.addRow({disk.id, disk.displayName(), ByteFormat::string(disk.sizeBytes), disk.connectionLabel(),
                       mediumText(disk), smartText(disk, style)});
@@ -144,8 +127,9 @@ void printVolumes(CliContext& context, const StorageSnapshot& snapshot) {
 
     const auto capacity = snapshot.distinctLocalCapacity();
     if (capacity.total > 0) {
-        context.out() << "  " << style.dim("Local storage: " + ByteFormat::string(capacity.available) + " free of " +
-                                           ByteFormat::string(capacity.total) + " (shared containers counted once)")
+        context.out() << "  "
+                      << style.dim("Local storage: " + ByteFormat::string(capacity.available) + " free of " +
+                                   ByteFormat::string(capacity.total) + " (shared containers counted once)")
                       << '\n';
     }
 }
@@ -158,17 +142,20 @@ void printWarnings(CliContext& context, const StorageSnapshot& snapshot) {
     for (const auto& warning : snapshot.warnings) context.out() << "  " << style.yellow("!") << ' ' << warning << '\n';
 }
 
-Json warningsJson(const StorageSnapshot& snapshot) { return Json(snapshot.warnings); }
+Json warningsJson(const StorageSnapshot& snapshot) {
+    return Json(snapshot.warnings);
+}
 
 }  // namespace
 
 void registerStatusCommands(CLI::App& app, CliContext& context) {
     auto* status = app.add_subcommand("status", "Show the disks and mounted volumes of this machine (the default)");
     status->callback([&context] {
-        const StorageSnapshot snapshot = takeSnapshot(context);
-        const Diagnosis diagnosis = diagnose(context, snapshot);
+        const auto refresh = RefreshCycle::run(context.machine(), loadSettings(context));
+        const auto& snapshot = refresh.snapshot;
+        const auto& diagnosis = refresh.diagnosis;
         const auto insights =
-            machineInsights(context, snapshot, diagnosis.report, InsightEngine::defaultMinimumBytes);
+            MachineInsights::of(context.machine(), snapshot, diagnosis.report, InsightEngine::defaultMinimumBytes);
         if (context.json()) {
             Json document{{"snapshot", snapshot}};
             addDiagnosisJson(document, diagnosis);
@@ -176,7 +163,7 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
             context.printJson(document);
             return;
         }
-        printSource(context, snapshot);
+        context.printSource();
         printDisks(context, snapshot);
         context.out() << '\n';
         printVolumes(context, snapshot);
@@ -188,12 +175,12 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
 
     auto* disks = app.add_subcommand("disks", "Show the physical disks with their partitions and health");
     disks->callback([&context] {
-        const StorageSnapshot snapshot = takeSnapshot(context);
+        const StorageSnapshot snapshot = context.machine().snapshot();
         if (context.json()) {
             context.printJson(Json{{"disks", snapshot.disks}, {"warnings", warningsJson(snapshot)}});
             return;
         }
-        printSource(context, snapshot);
+        context.printSource();
         printDisks(context, snapshot);
         printDiskDetails(context, snapshot);
         printWarnings(context, snapshot);
@@ -201,12 +188,12 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
 
     auto* volumes = app.add_subcommand("volumes", "Show the mounted volumes with their usage");
     volumes->callback([&context] {
-        const StorageSnapshot snapshot = takeSnapshot(context);
+        const StorageSnapshot snapshot = context.machine().snapshot();
         if (context.json()) {
             context.printJson(Json{{"volumes", snapshot.volumes}, {"warnings", warningsJson(snapshot)}});
             return;
         }
-        printSource(context, snapshot);
+        context.printSource();
         printVolumes(context, snapshot);
         printWarnings(context, snapshot);
     });

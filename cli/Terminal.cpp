@@ -10,6 +10,24 @@ std::string Style::wrap(const char* code, std::string_view text) const {
     return "\033[" + std::string(code) + "m" + std::string(text) + "\033[0m";
 }
 
+std::string Style::tone(Tone tone, std::string_view text) const {
+    switch (tone) {
+        case Tone::good:
+            return green(text);
+        case Tone::notice:
+            return blue(text);
+        case Tone::caution:
+            return yellow(text);
+        case Tone::bad:
+            return red(bold(text));
+        case Tone::muted:
+            return dim(text);
+        case Tone::plain:
+            break;
+    }
+    return std::string(text);
+}
+
 std::size_t displayWidth(std::string_view text) {
     std::size_t width = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {

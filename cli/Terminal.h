@@ -2,6 +2,7 @@
 // bars. Everything writes to a stream so tests can read what a person would see.
 #pragma once
 
+#include "common/EnumTable.h"
 #include "common/Json.h"
 
 #include <cstdint>
@@ -23,6 +24,8 @@ public:
     std::string yellow(std::string_view text) const { return wrap("33", text); }
     std::string blue(std::string_view text) const { return wrap("34", text); }
     std::string cyan(std::string_view text) const { return wrap("36", text); }
+    // The one place a tone (severity, health, risk, SMART) becomes a colour.
+    std::string tone(Tone tone, std::string_view text) const;
 
 private:
     std::string wrap(const char* code, std::string_view text) const;

@@ -1,10 +1,12 @@
 #include "common/AtomicFile.h"
 
-#include <cerrno>
-#include <cstring>
+#include "common/UniqueFd.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstring>
 
 #include <utility>
 
@@ -15,21 +17,6 @@ namespace {
     throw FileError("Could not " + std::string(action) + " " + path.string() + ": " + std::strerror(error));
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return fd_; }
-    int release() { return std::exchange(fd_, -1); }
-
-private:
-    int fd_;
-};
-
 }  // namespace
 
 void write(const std::filesystem::path& path, std::string_view contents) {
@@ -39,7 +26,7 @@ void write(const std::filesystem::path& path, std::string_view contents) {
     if (ec) fail(folder, "create the folder", ec.value());
 
     std::string temporary = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
-    Descriptor fd(::mkstemp(temporary.data()));
+    UniqueFd fd(::mkstemp(temporary.data()));
     if (fd.get() < 0) fail(path, "create a temporary file for", errno);
 
     auto discard = [&](int error) {
@@ -65,7 +52,7 @@ void write(const std::filesystem::path& path, std::string_view contents) {
 }
 
 std::optional<std::string> read(const std::filesystem::path& path) {
-    Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (fd.get() < 0) {
         if (errno == ENOENT) return std::nullopt;
         fail(path, "read", errno);

@@ -1,5 +1,9 @@
 // Where Velmora keeps its files when nobody said otherwise: the platform's support folder.
+//
+//   auto folder = defaultDataFolder(Platform::linux, "/home/me", std::nullopt);  // ~/.local/share/velmora
 #pragma once
+
+#include "common/Platform.h"
 
 #include <filesystem>
 #include <optional>
@@ -7,14 +11,9 @@
 
 namespace corvel {
 
-enum class HostPlatform { macos, linux };
-
-// The platform this binary was built for.
-HostPlatform hostPlatform();
-
 // ~/Library/Application Support/Velmora on macOS; $XDG_DATA_HOME/velmora (when set and absolute)
 // or ~/.local/share/velmora on Linux.
-std::filesystem::path defaultDataFolder(HostPlatform platform, const std::string& home,
+std::filesystem::path defaultDataFolder(Platform platform, const std::string& home,
                                         const std::optional<std::string>& xdgDataHome);
 
 }  // namespace corvel

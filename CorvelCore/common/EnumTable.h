@@ -22,11 +22,16 @@
 
 namespace corvel {
 
+// How a value reads at a glance, for enumerations that carry a judgement (severity, health, risk,
+// SMART). Front ends map a tone to their colours in one place.
+enum class Tone { plain, good, notice, caution, bad, muted };
+
 template <class E>
 struct EnumEntry {
     E value;
     std::string_view raw;
     std::string_view label;
+    Tone tone = Tone::plain;
 };
 
 template <class E>
@@ -49,6 +54,13 @@ constexpr std::string_view label(E value) {
     for (const auto& entry : EnumTable<E>::entries)
         if (entry.value == value) return entry.label;
     return {};
+}
+
+template <class E>
+constexpr Tone toneOf(E value) {
+    for (const auto& entry : EnumTable<E>::entries)
+        if (entry.value == value) return entry.tone;
+    return Tone::plain;
 }
 
 template <class E>
@@ -82,6 +94,10 @@ void enumFromJson(const Json& j, E& value, const char* typeName) {
 }  // namespace corvel
 
 // Declares to_json/from_json by raw text for an enum with an EnumTable; use at the enum's namespace.
-#define CORVEL_ENUM_JSON(E)                                                                  \
-    inline void to_json(::corvel::Json& j, E value) { ::corvel::enumToJson(j, value); }      \
-    inline void from_json(const ::corvel::Json& j, E& value) { ::corvel::enumFromJson(j, value, #E); }
+#define CORVEL_ENUM_JSON(E)                                    \
+    inline void to_json(::corvel::Json& j, E value) {          \
+        ::corvel::enumToJson(j, value);                        \
+    }                                                          \
+    inline void from_json(const ::corvel::Json& j, E& value) { \
+        ::corvel::enumFromJson(j, value, #E);                  \
+    }

@@ -2,14 +2,14 @@
 // absent key, dates are ISO 8601 text, and a document we cannot decode raises DecodingError
 // naming the key, never a bare library exception.
 //
-//   void to_json(Json& j, const Partition& p) {
-//       j = Json{{"id", p.id}, {"content", p.content}, {"sizeBytes", p.sizeBytes}};
-//       putOptional(j, "volumeName", p.volumeName);
-//   }
-//   void from_json(const Json& j, Partition& p) {
-//       p.id = required<std::string>(j, "id");
-//       p.volumeName = optionalValue<std::string>(j, "volumeName");
-//   }
+// A record lists its fields once, in their documented order, and gets both directions:
+//
+//   struct Partition { std::string id; std::int64_t sizeBytes = 0; std::optional<std::string> volumeName; };
+//   CORVEL_JSON_RECORD(Partition, id, sizeBytes, volumeName)      // non-optional fields are required
+//   CORVEL_JSON_LENIENT(Settings, monitoringEnabled, thresholds)  // every key optional, absent = default
+//
+// Records with derived keys or a shape of their own write to_json/from_json by hand with the
+// helpers below (required, optionalValue, putOptional).
 #pragma once
 
 #include "common/ISO8601.h"
@@ -20,6 +20,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace corvel {
 
@@ -72,7 +73,76 @@ void putOptional(Json& object, const char* key, const std::optional<T>& value) {
     if (value) object[key] = *value;
 }
 
+// The per-field steps behind CORVEL_JSON_RECORD and CORVEL_JSON_LENIENT.
+namespace jsonfield {
+
+template <class T>
+struct IsOptional : std::false_type {};
+template <class T>
+struct IsOptional<std::optional<T>> : std::true_type {};
+
+template <class T>
+void put(Json& object, const char* key, const T& value) {
+    if constexpr (IsOptional<T>::value) {
+        if (value) object[key] = *value;
+    } else {
+        object[key] = value;
+    }
+}
+
+template <class T>
+void get(const Json& object, const char* key, T& value) {
+    if constexpr (IsOptional<T>::value)
+        value = optionalValue<typename T::value_type>(object, key);
+    else
+        value = required<T>(object, key);
+}
+
+// Absent or null keeps what the record was constructed with.
+template <class T>
+void getLenient(const Json& object, const char* key, T& value) {
+    const auto found = object.find(key);
+    if (found == object.end() || found->is_null()) return;
+    if constexpr (IsOptional<T>::value)
+        value = decodeValue<typename T::value_type>(*found, key);
+    else
+        value = decodeValue<T>(*found, key);
+}
+
+inline void expectObject(const Json& j, const char* type) {
+    if (!j.is_object()) throw DecodingError(std::string(type) + " must be a JSON object, not " + j.type_name());
+}
+
+}  // namespace jsonfield
 }  // namespace corvel
+
+#define CORVEL_JSON_PUT_FIELD(field) ::corvel::jsonfield::put(j, #field, value.field);
+#define CORVEL_JSON_GET_FIELD(field) ::corvel::jsonfield::get(j, #field, value.field);
+#define CORVEL_JSON_GET_LENIENT_FIELD(field) ::corvel::jsonfield::getLenient(j, #field, value.field);
+
+// to_json/from_json for a plain record, keys equal to the field names, in the order given.
+// Use at the record's namespace, after its definition.
+#define CORVEL_JSON_RECORD(Type, ...)                                                 \
+    inline void to_json(::corvel::Json& j, const Type& value) {                       \
+        j = ::corvel::Json::object();                                                 \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(CORVEL_JSON_PUT_FIELD, __VA_ARGS__)) \
+    }                                                                                 \
+    inline void from_json(const ::corvel::Json& j, Type& value) {                     \
+        ::corvel::jsonfield::expectObject(j, #Type);                                  \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(CORVEL_JSON_GET_FIELD, __VA_ARGS__)) \
+    }
+
+// As CORVEL_JSON_RECORD, but every key may be missing and then keeps its default: for files a
+// person edits and for records that grew fields after they were first saved.
+#define CORVEL_JSON_LENIENT(Type, ...)                                                        \
+    inline void to_json(::corvel::Json& j, const Type& value) {                               \
+        j = ::corvel::Json::object();                                                         \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(CORVEL_JSON_PUT_FIELD, __VA_ARGS__))         \
+    }                                                                                         \
+    inline void from_json(const ::corvel::Json& j, Type& value) {                             \
+        ::corvel::jsonfield::expectObject(j, #Type);                                          \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(CORVEL_JSON_GET_LENIENT_FIELD, __VA_ARGS__)) \
+    }
 
 namespace nlohmann {
 

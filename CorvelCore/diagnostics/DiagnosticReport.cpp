@@ -40,7 +40,9 @@ const DiagnosticReport& DiagnosticReport::empty() {
     return report;
 }
 
-Severity DiagnosticReport::overallSeverity() const { return highestActionable(findings, nullptr); }
+Severity DiagnosticReport::overallSeverity() const {
+    return highestActionable(findings, nullptr);
+}
 
 int DiagnosticReport::healthScore() const {
     int score = 100;
@@ -78,6 +80,9 @@ void to_json(Json& j, const DiagnosticReport& report) {
     j = Json::object();
     j["generatedAt"] = report.generatedAt;
     j["findings"] = report.findings;
+    // Derived, written so that scripts need not recompute them; never read back.
+    j["overallSeverity"] = report.overallSeverity();
+    j["healthScore"] = report.healthScore();
 }
 
 void from_json(const Json& j, DiagnosticReport& report) {

@@ -16,10 +16,10 @@ enum class HealthStatus { unknown, normal, attention, critical };
 template <>
 struct EnumTable<HealthStatus> {
     static constexpr std::array<EnumEntry<HealthStatus>, 4> entries{{
-        {HealthStatus::unknown, "unknown", "Unknown"},
-        {HealthStatus::normal, "normal", "Normal"},
-        {HealthStatus::attention, "attention", "Attention"},
-        {HealthStatus::critical, "critical", "Critical"},
+        {HealthStatus::unknown, "unknown", "Unknown", Tone::muted},
+        {HealthStatus::normal, "normal", "Normal", Tone::good},
+        {HealthStatus::attention, "attention", "Attention", Tone::caution},
+        {HealthStatus::critical, "critical", "Critical", Tone::bad},
     }};
 };
 CORVEL_ENUM_JSON(HealthStatus)

@@ -16,10 +16,10 @@ enum class Severity : int { ok = 0, info = 1, warning = 2, critical = 3 };
 template <>
 struct EnumTable<Severity> {
     static constexpr std::array<EnumEntry<Severity>, 4> entries{{
-        {Severity::ok, "ok", "Healthy"},
-        {Severity::info, "info", "Info"},
-        {Severity::warning, "warning", "Warning"},
-        {Severity::critical, "critical", "Critical"},
+        {Severity::ok, "ok", "Healthy", Tone::good},
+        {Severity::info, "info", "Info", Tone::notice},
+        {Severity::warning, "warning", "Warning", Tone::caution},
+        {Severity::critical, "critical", "Critical", Tone::bad},
     }};
 };
 
@@ -27,7 +27,9 @@ struct EnumTable<Severity> {
 std::optional<Severity> severityFromRawValue(long long raw);
 
 // Warnings and criticals are the findings someone has to act on; info and ok never are.
-constexpr bool isActionable(Severity severity) { return severity >= Severity::warning; }
+constexpr bool isActionable(Severity severity) {
+    return severity >= Severity::warning;
+}
 
 void to_json(Json& j, Severity severity);
 void from_json(const Json& j, Severity& severity);

@@ -22,13 +22,14 @@ std::string joined(std::string_view folder, std::string_view name) {
     return path;
 }
 
-std::string settingsFolder(const std::string& home, const std::string& platform) {
-    return platform == "macos" ? home + "/Library/Group Containers/group.com.docker" : home + "/.docker/desktop";
+std::string settingsFolder(const std::string& home, Platform platform) {
+    return platform == Platform::macos ? home + "/Library/Group Containers/group.com.docker"
+                                       : home + "/.docker/desktop";
 }
 
-std::string defaultImageFolder(const std::string& home, const std::string& platform) {
-    return platform == "macos" ? home + "/Library/Containers/com.docker.docker/Data/vms/0/data"
-                               : home + "/.docker/desktop/vms/0/data";
+std::string defaultImageFolder(const std::string& home, Platform platform) {
+    return platform == Platform::macos ? home + "/Library/Containers/com.docker.docker/Data/vms/0/data"
+                                       : home + "/.docker/desktop/vms/0/data";
 }
 
 // On a Mac the user's folders are firmlinked from the data volume, which is mounted apart from
@@ -36,7 +37,8 @@ std::string defaultImageFolder(const std::string& home, const std::string& platf
 std::string pathForMountLookup(const std::string& path, const DockerHostProbing& host,
                                const std::vector<std::string>& mountPoints) {
     constexpr std::string_view dataVolume = "/System/Volumes/Data";
-    if (host.platform() != "macos" || startsWith(path, "/System/") || startsWith(path, "/Volumes/")) return path;
+    if (host.platform() != Platform::macos || startsWith(path, "/System/") || startsWith(path, "/Volumes/"))
+        return path;
     for (const auto& mountPoint : mountPoints)
         if (mountPoint == dataVolume) return std::string(dataVolume) + path;
     return path;
@@ -101,7 +103,7 @@ std::optional<DockerDiskImage> locate(const std::string& home, const DockerHostP
         }
         if (image) break;
     }
-    if (!image && host.platform() == "linux") image = nativeEngineRoot(home, host, dockerRootDir);
+    if (!image && host.platform() == Platform::linux) image = nativeEngineRoot(home, host, dockerRootDir);
     if (!image) return std::nullopt;
 
     const auto mountPoints = host.mountPoints();

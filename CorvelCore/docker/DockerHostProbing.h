@@ -3,6 +3,8 @@
 // is. Behind this seam so that tests and recorded machines need no real files.
 #pragma once
 
+#include "common/Platform.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,8 +23,8 @@ class DockerHostProbing {
 public:
     virtual ~DockerHostProbing() = default;
 
-    // "macos" or "linux": decides where Docker Desktop and the engine keep their data.
-    virtual std::string platform() const = 0;
+    // Decides where Docker Desktop and the engine keep their data.
+    virtual Platform platform() const = 0;
     // The user's home folder from the platform, used when the environment has no HOME.
     virtual std::optional<std::string> userHome() const = 0;
     virtual bool isExecutableFile(const std::string& path) const = 0;

@@ -11,7 +11,7 @@ class LocalDockerHost : public DockerHostProbing {
 public:
     explicit LocalDockerHost(std::vector<std::string> mountPoints) : mountPoints_(std::move(mountPoints)) {}
 
-    std::string platform() const override;
+    Platform platform() const override { return hostPlatform(); }
     std::optional<std::string> userHome() const override;
     bool isExecutableFile(const std::string& path) const override;
     std::optional<std::string> readTextFile(const std::string& path) const override;

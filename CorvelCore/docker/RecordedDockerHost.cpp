@@ -24,7 +24,7 @@ RecordedDockerHost::RecordedDockerHost(const Json& machine, const std::filesyste
     : mountPoints_(std::move(mountPoints)), isInstalled_(std::move(isInstalled)) {
     const auto machineFile = (directory / "machine.json").string();
     try {
-        platform_ = valueOr<std::string>(machine, "platform", "macos");
+        platform_ = valueOr<Platform>(machine, "platform", Platform::macos);
         home_ = optionalValue<std::string>(machine, "home");
         const auto host = machine.find("dockerHost");
         if (host == machine.end()) return;

@@ -29,7 +29,7 @@ public:
     RecordedDockerHost(const Json& machine, const std::filesystem::path& directory,
                        std::vector<std::string> mountPoints, InstalledTest isInstalled);
 
-    std::string platform() const override { return platform_; }
+    Platform platform() const override { return platform_; }
     std::optional<std::string> userHome() const override { return home_; }
     bool isExecutableFile(const std::string& path) const override { return isInstalled_ && isInstalled_(path); }
     std::optional<std::string> readTextFile(const std::string& path) const override;
@@ -38,7 +38,7 @@ public:
     std::vector<std::string> mountPoints() const override { return mountPoints_; }
 
 private:
-    std::string platform_;
+    Platform platform_ = Platform::macos;
     std::optional<std::string> home_;
     std::map<std::string, std::string> textFiles_;
     std::map<std::string, DockerFileFacts> files_;

@@ -21,10 +21,10 @@ enum class CleanupRisk : std::uint8_t { green, yellow, red, gray };
 template <>
 struct EnumTable<CleanupRisk> {
     static constexpr std::array<EnumEntry<CleanupRisk>, 4> entries{{
-        {CleanupRisk::green, "green", "Low risk"},
-        {CleanupRisk::yellow, "yellow", "Review"},
-        {CleanupRisk::red, "red", "Protected"},
-        {CleanupRisk::gray, "gray", "Unknown"},
+        {CleanupRisk::green, "green", "Low risk", Tone::good},
+        {CleanupRisk::yellow, "yellow", "Review", Tone::caution},
+        {CleanupRisk::red, "red", "Protected", Tone::bad},
+        {CleanupRisk::gray, "gray", "Unknown", Tone::muted},
     }};
 };
 
@@ -65,9 +65,17 @@ constexpr int severityRank(CleanupRisk risk) {
 }
 
 // These replace the built-in comparisons of the enum (which would follow the declaration order).
-constexpr bool operator<(CleanupRisk a, CleanupRisk b) { return severityRank(a) < severityRank(b); }
-constexpr bool operator>(CleanupRisk a, CleanupRisk b) { return severityRank(a) > severityRank(b); }
-constexpr bool operator<=(CleanupRisk a, CleanupRisk b) { return severityRank(a) <= severityRank(b); }
-constexpr bool operator>=(CleanupRisk a, CleanupRisk b) { return severityRank(a) >= severityRank(b); }
+constexpr bool operator<(CleanupRisk a, CleanupRisk b) {
+    return severityRank(a) < severityRank(b);
+}
+constexpr bool operator>(CleanupRisk a, CleanupRisk b) {
+    return severityRank(a) > severityRank(b);
+}
+constexpr bool operator<=(CleanupRisk a, CleanupRisk b) {
+    return severityRank(a) <= severityRank(b);
+}
+constexpr bool operator>=(CleanupRisk a, CleanupRisk b) {
+    return severityRank(a) >= severityRank(b);
+}
 
 }  // namespace corvel

@@ -82,8 +82,8 @@ std::vector<FootprintLocation> FootprintLocation::linuxDefaults(const std::files
     return resolve(linuxLocations, home);
 }
 
-std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem::path& home, HostPlatform platform) {
-    return platform == HostPlatform::linux ? linuxDefaults(home) : defaults(home);
+std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem::path& home, Platform platform) {
+    return platform == Platform::linux ? linuxDefaults(home) : defaults(home);
 }
 
 void to_json(Json& json, const FootprintLocation& location) {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "common/DataFolder.h"
 #include "common/Json.h"
+#include "common/Platform.h"
 #include "space/FootprintCategory.h"
 
 namespace corvel {
@@ -28,7 +28,7 @@ struct FootprintLocation {
     // Where the same tools keep the same data in a Linux home folder (XDG cache, dot folders).
     static std::vector<FootprintLocation> linuxDefaults(const std::filesystem::path& home);
     // The list for the given platform.
-    static std::vector<FootprintLocation> defaults(const std::filesystem::path& home, HostPlatform platform);
+    static std::vector<FootprintLocation> defaults(const std::filesystem::path& home, Platform platform);
 };
 
 void to_json(Json& json, const FootprintLocation& location);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/CheckedArithmetic.h"
+#include "common/PathText.h"
 
 namespace corvel::PhysicalFootprint {
 
@@ -177,17 +178,11 @@ void from_json(const Json& json, Result& result) {
 }
 
 std::string standardizedPath(const std::filesystem::path& path) {
-    std::error_code error;
-    std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    if (error) absolute = path;
-    std::string text = absolute.lexically_normal().string();
-    while (text.size() > 1 && text.back() == '/') text.pop_back();
-    return text;
+    return normalPath(path.string());
 }
 
 std::string childPath(const std::string& directory, const std::string& name) {
-    if (!directory.empty() && directory.back() == '/') return directory + name;
-    return directory + "/" + name;
+    return joinPath(directory, name);
 }
 
 Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,

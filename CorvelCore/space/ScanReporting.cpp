@@ -1,12 +1,13 @@
 #include "space/ScanReporting.h"
 
 #include "common/CheckedArithmetic.h"
+#include "common/PathText.h"
 #include "space/DirectoryReader.h"
 #include "space/FileSizeFacts.h"
 
+#include <fmt/format.h>
 #include <algorithm>
 #include <array>
-#include <fmt/format.h>
 
 namespace corvel::ScanReporting {
 namespace {
@@ -119,7 +120,8 @@ private:
                 files = checkedAdd(files, 1);
             }
         }
-        const std::int64_t folded = static_cast<std::int64_t>(folder.directEntries) - uncounted - static_cast<std::int64_t>(listed);
+        const std::int64_t folded =
+            static_cast<std::int64_t>(folder.directEntries) - uncounted - static_cast<std::int64_t>(listed);
         if (folded <= 0) return;
         SpaceNode aggregate;
         aggregate.path = node.path;
@@ -207,7 +209,8 @@ SpaceScanReport report(const ScanTree& tree, const SpaceCatalog& catalog) {
     result.cloneSharedBytes = tree.cloneSharedBytes;
     for (const FoundFile& file : tree.largestFiles) {
         result.largestFiles.push_back(fileNode(tree.path(file.folder, file.name), file.name, file.logicalBytes,
-                                               file.allocatedBytes, file.exclusiveBytes, file.modifiedNanoseconds, catalog));
+                                               file.allocatedBytes, file.exclusiveBytes, file.modifiedNanoseconds,
+                                               catalog));
     }
     for (DuplicateGroup group : tree.duplicates) {
         for (auto& path : group.paths) path = displayText(path);

@@ -1,11 +1,15 @@
 #include "space/ScanTree.h"
 
+#include "common/PathText.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace corvel {
 
-ScanDirectory* ScanArena::newDirectory() { return &directories_.emplace_back(); }
+ScanDirectory* ScanArena::newDirectory() {
+    return &directories_.emplace_back();
+}
 
 ScanFile* ScanArena::newFiles(std::size_t count) {
     if (count == 0) return nullptr;
@@ -40,15 +44,6 @@ const char* ScanArena::copyName(std::string_view name) {
     copy[name.size()] = '\0';
     namesUsed_ += needed;
     return copy;
-}
-
-std::string joinPath(std::string_view folder, std::string_view name) {
-    std::string result;
-    result.reserve(folder.size() + name.size() + 1);
-    result.append(folder);
-    if (result.empty() || result.back() != '/') result.push_back('/');
-    result.append(name);
-    return result;
 }
 
 std::string ScanTree::path(const ScanDirectory* folder) const {

@@ -33,13 +33,13 @@ struct ScanFile {
 
 struct ScanDirectory {
     enum Flag : std::uint16_t {
-        denied = 1,        // could not be listed
-        otherDevice = 2,   // a mount point: not entered and not counted
-        skipped = 4,       // excluded by a pattern, or a second view of a volume counted elsewhere
-        notRead = 8,       // the walk was cancelled before reaching it
-        vanished = 16,     // deleted between being listed and being opened
-        inTrash = 32,      // lies in a trash folder
-        readFailed = 64,   // the listing broke off part way
+        denied = 1,       // could not be listed
+        otherDevice = 2,  // a mount point: not entered and not counted
+        skipped = 4,      // excluded by a pattern, or a second view of a volume counted elsewhere
+        notRead = 8,      // the walk was cancelled before reaching it
+        vanished = 16,    // deleted between being listed and being opened
+        inTrash = 32,     // lies in a trash folder
+        readFailed = 64,  // the listing broke off part way
     };
 
     ScanDirectory* parent = nullptr;
@@ -65,7 +65,7 @@ struct ScanDirectory {
     std::int64_t allocatedBytes = 0;
     std::int64_t exclusiveBytes = 0;
     std::int64_t fileCount = 0;
-    std::int64_t directoryCount = 0;  // folders below this one
+    std::int64_t directoryCount = 0;       // folders below this one
     std::int64_t modifiedNanoseconds = 0;  // the latest modification in the subtree
 
     std::string_view nameView() const { return {name, nameLength}; }
@@ -122,8 +122,5 @@ struct ScanTree {
     std::string path(const ScanDirectory* folder) const;
     std::string path(const ScanDirectory* folder, std::string_view name) const;
 };
-
-// Joins a folder path and a name without doubling the "/" after the root folder "/".
-std::string joinPath(std::string_view folder, std::string_view name);
 
 }  // namespace corvel

@@ -96,7 +96,9 @@ enum class Rule : std::uint16_t {
     count,
 };
 
-constexpr std::uint16_t index(Rule rule) { return static_cast<std::uint16_t>(rule); }
+constexpr std::uint16_t index(Rule rule) {
+    return static_cast<std::uint16_t>(rule);
+}
 
 // Where a verdict's owner comes from.
 enum class Owner : std::uint8_t {
@@ -115,9 +117,11 @@ constexpr std::string_view appCacheRationale =
 constexpr std::string_view trashRationale = "Items you already moved to the Trash. Emptying it is irreversible.";
 constexpr std::string_view toolchainRationale = "Installed toolchains that projects may depend on.";
 constexpr std::string_view packageCacheRationale = "Package download cache.";
-constexpr std::string_view dockerToolsHint = "Use the Docker Storage Center; reclaim space only with Docker's own tools.";
+constexpr std::string_view dockerToolsHint =
+    "Use the Docker Storage Center; reclaim space only with Docker's own tools.";
 constexpr std::string_view unknownTemporaryRationale = "Temporary working files of unknown owner; may be in use.";
-constexpr std::string_view installedAppRationale = "Installed application. Uninstall unused apps with their uninstaller.";
+constexpr std::string_view installedAppRationale =
+    "Installed application. Uninstall unused apps with their uninstaller.";
 
 struct KnownGroupContainer {
     std::string_view name;
@@ -126,16 +130,19 @@ struct KnownGroupContainer {
 };
 
 constexpr std::array<KnownGroupContainer, 3> knownGroupContainerTable{{
-    {"group.net.whatsapp.WhatsApp.shared", Rule::libraryWhatsAppGroup,
+    {"group.net.whatsapp.WhatsApp.shared",
+     Rule::libraryWhatsAppGroup,
      {"WhatsApp", CleanupRisk::red,
       "Chat media and message database. Manage it in WhatsApp \u203A Settings \u203A Storage and Data."}},
-    {"group.com.docker", Rule::libraryDockerGroup,
+    {"group.com.docker",
+     Rule::libraryDockerGroup,
      {"Docker Desktop", CleanupRisk::red, "Docker Desktop shared settings and sockets."}},
     {"UBF8T346G9.Office", Rule::libraryOfficeGroup, {"Microsoft Office", CleanupRisk::gray, "Office shared data."}},
 }};
 
 constexpr std::array<std::string_view, 10> databaseDirectoryTable{
-    "postgresql", "postgres", "mysql", "mariadb", "mongodb", "redis", "elasticsearch", "clickhouse", "influxdb", "couchdb",
+    "postgresql", "postgres",      "mysql",      "mariadb",  "mongodb",
+    "redis",      "elasticsearch", "clickhouse", "influxdb", "couchdb",
 };
 
 const std::vector<RuleEntry>& fixedRules() {
@@ -175,7 +182,8 @@ const std::vector<RuleEntry>& fixedRules() {
         define(Rule::homeTrash, C::trash, R::yellow, "Finder", trashRationale,
                "Review the Trash in Finder and empty it there if nothing is needed.");
         define(Rule::homeCredentials, C::credentials, R::red, none, "Credentials and keys.");
-        define(Rule::homePersonal, C::userData, R::red, none, "Personal files. Not removed without a confirmed backup.");
+        define(Rule::homePersonal, C::userData, R::red, none,
+               "Personal files. Not removed without a confirmed backup.");
         define(Rule::homeDownloads, C::downloads, R::gray, none, "Downloaded files of unknown importance.",
                "Review in Finder sorted by size.");
         define(Rule::homeNpm, C::packageManagers, R::green, "npm", packageCacheRationale, "npm cache clean --force");
@@ -245,7 +253,8 @@ const std::vector<RuleEntry>& fixedRules() {
         define(Rule::linuxPipCache, C::packageManagers, R::green, "pip", packageCacheRationale, "pip cache purge");
         define(Rule::linuxUvCache, C::packageManagers, R::green, "uv", packageCacheRationale, "uv cache clean");
         define(Rule::linuxYarnCache, C::packageManagers, R::green, "Yarn", packageCacheRationale, "yarn cache clean");
-        define(Rule::linuxGoBuildCache, C::caches, R::green, "Go", "Build cache, rebuilt on demand.", "go clean -cache");
+        define(Rule::linuxGoBuildCache, C::caches, R::green, "Go", "Build cache, rebuilt on demand.",
+               "go clean -cache");
         define(Rule::linuxCompilerCache, C::caches, R::green, "ccache", "Compiler cache, rebuilt on demand.",
                "ccache --clear");
         define(Rule::linuxBazelCache, C::builds, R::yellow, "Bazel",
@@ -255,8 +264,7 @@ const std::vector<RuleEntry>& fixedRules() {
                "huggingface-cli delete-cache");
         define(Rule::linuxTrash, C::trash, R::yellow, "File manager", trashRationale,
                "Review the Trash in your file manager and empty it there if nothing is needed.");
-        define(Rule::linuxPodmanUser, C::docker, R::red, "Podman",
-               "Podman images, containers and named volumes.",
+        define(Rule::linuxPodmanUser, C::docker, R::red, "Podman", "Podman images, containers and named volumes.",
                "Reclaim space only with Podman's own tools (podman system df).");
         define(Rule::linuxDockerRootless, C::docker, R::red, "Docker",
                "Rootless Docker's images, containers and named volumes.", dockerToolsHint);
@@ -266,8 +274,7 @@ const std::vector<RuleEntry>& fixedRules() {
                "Docker Engine's images, containers and named volumes.", dockerToolsHint);
         define(Rule::linuxContainerd, C::docker, R::red, "containerd",
                "Container images and snapshots managed by containerd.", dockerToolsHint);
-        define(Rule::linuxPodmanSystem, C::docker, R::red, "Podman",
-               "Podman images, containers and named volumes.",
+        define(Rule::linuxPodmanSystem, C::docker, R::red, "Podman", "Podman images, containers and named volumes.",
                "Reclaim space only with Podman's own tools (podman system df).");
         define(Rule::linuxDatabase, C::databases, R::red, "System service",
                "Database data directory managed by a system service.",
@@ -278,8 +285,7 @@ const std::vector<RuleEntry>& fixedRules() {
                "Temporary files kept across restarts, of unknown owner; may be in use.");
         define(Rule::linuxAptCache, C::packageManagers, R::green, "APT",
                "Downloaded package files, fetched again when needed.", "sudo apt-get clean");
-        define(Rule::linuxUsrLocal, C::applications, R::gray, none,
-               "Software installed outside the package manager.");
+        define(Rule::linuxUsrLocal, C::applications, R::gray, none, "Software installed outside the package manager.");
         define(Rule::linuxUsr, C::system, R::red, "Linux", "Operating system files, managed by the package manager.");
         define(Rule::linuxOpt, C::applications, R::gray, none, installedAppRationale, none, fromPath);
 
@@ -484,7 +490,7 @@ struct SpaceCatalogRules {
             while (all.next(component))
                 if (isDatabaseDirectory(component)) return make(Rule::systemHomebrewDatabase);
         }
-        if (catalog.platform_ == SpaceCatalog::Platform::linuxOS)
+        if (catalog.platform_ == Platform::linux)
             if (auto verdict = classifyLinuxSystem(text)) return verdict;
 
         const auto second = components.take();
@@ -602,7 +608,7 @@ SpaceVerdict SpaceCatalog::verdict(std::string_view path, bool isDirectory) cons
     if (inHome) {
         const auto relative = normalised == home_ ? std::string_view{} : normalised.substr(homePrefix_.size());
         if (auto verdict = rules.classifyHome(relative)) return *verdict;
-        if (platform_ == Platform::linuxOS)
+        if (platform_ == Platform::linux)
             if (auto verdict = rules.classifyLinuxHome(relative)) return *verdict;
     }
     if (auto verdict = rules.classifySystem(normalised)) return *verdict;
@@ -647,7 +653,9 @@ std::string_view SpaceCatalog::appName(std::string_view text) {
     return text;
 }
 
-const std::array<std::string_view, 10>& SpaceCatalog::databaseDirectories() { return databaseDirectoryTable; }
+const std::array<std::string_view, 10>& SpaceCatalog::databaseDirectories() {
+    return databaseDirectoryTable;
+}
 
 const std::unordered_map<std::string_view, SpaceCatalog::GroupContainer>& SpaceCatalog::knownGroupContainers() {
     static const std::unordered_map<std::string_view, GroupContainer> map = [] {
@@ -656,10 +664,6 @@ const std::unordered_map<std::string_view, SpaceCatalog::GroupContainer>& SpaceC
         return built;
     }();
     return map;
-}
-
-SpaceCatalog::Platform SpaceCatalog::platformNamed(std::string_view name) {
-    return name == "linux" ? Platform::linuxOS : Platform::macOS;
 }
 
 }  // namespace corvel

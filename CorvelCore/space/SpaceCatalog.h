@@ -17,6 +17,7 @@
 // by a Linux catalogue, so a macOS catalogue's verdicts never depend on them.
 #pragma once
 
+#include "common/Platform.h"
 #include "space/CleanupRisk.h"
 #include "space/SpaceCategory.h"
 #include "space/SpaceClassification.h"
@@ -47,8 +48,6 @@ struct SpaceVerdict {
 
 class SpaceCatalog {
 public:
-    enum class Platform : std::uint8_t { macOS, linuxOS };
-
     // Owner, risk and rationale of a known group-container folder.
     struct GroupContainer {
         std::string_view application;
@@ -59,7 +58,7 @@ public:
     // One trailing "/" of `home` is removed. `projectRoots` are absolute folders; the first that
     // contains a path decides for it.
     explicit SpaceCatalog(std::string home, std::vector<std::string> projectRoots = {},
-                          Platform platform = Platform::macOS);
+                          Platform platform = Platform::macos);
 
     const std::string& home() const { return home_; }
     const std::vector<std::string>& projectRoots() const { return projectRoots_; }
@@ -84,9 +83,6 @@ public:
 
     // Group-container folders whose owner we know, by folder name.
     static const std::unordered_map<std::string_view, GroupContainer>& knownGroupContainers();
-
-    // "linux" gives linuxOS, anything else macOS (the platform names of recorded machines).
-    static Platform platformNamed(std::string_view name);
 
     bool operator==(const SpaceCatalog& other) const {
         return home_ == other.home_ && projectRoots_ == other.projectRoots_ && platform_ == other.platform_;

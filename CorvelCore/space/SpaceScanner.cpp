@@ -1,17 +1,18 @@
 #include "space/SpaceScanner.h"
 
 #include "common/CheckedArithmetic.h"
+#include "common/PathText.h"
 #include "space/BlockSharing.h"
 #include "space/CredentialNames.h"
 #include "space/DuplicateFinder.h"
 #include "space/ScanDirectoryAccess.h"
 
+#include <fnmatch.h>
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <condition_variable>
 #include <filesystem>
-#include <fnmatch.h>
 #include <mutex>
 #include <thread>
 #include <unordered_map>
@@ -144,7 +145,8 @@ public:
         for (const auto& path : options.countedElsewhere) {
             const std::string prefix = tree.rootPath == "/" ? "/" : tree.rootPath + "/";
             if (!path.starts_with(prefix) || path == tree.rootPath) continue;
-            if (const auto status = Access::statusOfPath(path)) skippedIdentities_.push_back({status->device, status->inode});
+            if (const auto status = Access::statusOfPath(path))
+                skippedIdentities_.push_back({status->device, status->inode});
         }
     }
 
@@ -242,7 +244,8 @@ private:
         Access::Status status;
         int error = 0;
         if (parent && Access::statusAt(parent->handle, folder->name, status, error)) {
-            folder->ownAllocatedBytes = folder->directAllocatedBytes = folder->directExclusiveBytes = status.allocatedBytes;
+            folder->ownAllocatedBytes = folder->directAllocatedBytes = folder->directExclusiveBytes =
+                status.allocatedBytes;
             folder->modifiedNanoseconds = status.modifiedNanoseconds;
         }
         progress_.addFolder(0, folder->directAllocatedBytes, true);
@@ -402,9 +405,8 @@ private:
         worker.fileNames.append(name);
         worker.files.push_back(file);
 
-        if (options_.largestFileCount > 0 &&
-            (worker.largest.size() < options_.largestFileCount ||
-             status.allocatedBytes > worker.largest.front().allocatedBytes)) {
+        if (options_.largestFileCount > 0 && (worker.largest.size() < options_.largestFileCount ||
+                                              status.allocatedBytes > worker.largest.front().allocatedBytes)) {
             if (worker.largest.size() >= options_.largestFileCount) {
                 std::pop_heap(worker.largest.begin(), worker.largest.end(), smallerFile);
                 worker.largest.pop_back();
@@ -413,9 +415,10 @@ private:
                                       status.modifiedNanoseconds});
             std::push_heap(worker.largest.begin(), worker.largest.end(), smallerFile);
         }
-        if (options_.findDuplicates && status.logicalBytes > 0 && status.logicalBytes >= options_.duplicateMinimumBytes) {
-            worker.duplicates.push_back({folder, worker.arena->copyName(name), status.logicalBytes, status.allocatedBytes,
-                                         status.device, status.inode, firstPhysical});
+        if (options_.findDuplicates && status.logicalBytes > 0 &&
+            status.logicalBytes >= options_.duplicateMinimumBytes) {
+            worker.duplicates.push_back({folder, worker.arena->copyName(name), status.logicalBytes,
+                                         status.allocatedBytes, status.device, status.inode, firstPhysical});
         }
     }
 
@@ -425,13 +428,15 @@ private:
         constexpr std::size_t mostKept = UINT16_MAX;  // what ScanDirectory::keptFileCount holds
         const std::size_t keep = std::min({files.size(), options_.keptFilesPerFolder, mostKept});
         if (keep < files.size()) {
-            std::nth_element(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(keep - 1), files.end(),
-                             [](const PendingFile& a, const PendingFile& b) { return a.allocatedBytes > b.allocatedBytes; });
+            std::nth_element(
+                files.begin(), files.begin() + static_cast<std::ptrdiff_t>(keep - 1), files.end(),
+                [](const PendingFile& a, const PendingFile& b) { return a.allocatedBytes > b.allocatedBytes; });
         }
         ScanFile* kept = worker.arena->newFiles(keep);
         for (std::size_t i = 0; i < keep; ++i) {
             const PendingFile& file = files[i];
-            kept[i].name = worker.arena->copyName(std::string_view(worker.fileNames).substr(file.nameOffset, file.nameLength));
+            kept[i].name =
+                worker.arena->copyName(std::string_view(worker.fileNames).substr(file.nameOffset, file.nameLength));
             kept[i].nameLength = file.nameLength;
             kept[i].logicalBytes = file.logicalBytes;
             kept[i].allocatedBytes = file.allocatedBytes;
@@ -503,10 +508,12 @@ private:
             tree_.hardLinkSavedBytes = checkedAdd(tree_.hardLinkSavedBytes, worker.hardLinkSavedBytes);
             tree_.cloneSharedBytes = checkedAdd(tree_.cloneSharedBytes, worker.cloneSharedBytes);
             for (auto& file : worker.largest) tree_.largestFiles.push_back(std::move(file));
-            for (const auto& [folder, name] : worker.credentials) tree_.credentialsInTrash.push_back(tree_.path(folder, name));
+            for (const auto& [folder, name] : worker.credentials)
+                tree_.credentialsInTrash.push_back(tree_.path(folder, name));
             for (const auto& pending : worker.duplicates) {
-                candidates.push_back({tree_.path(pending.folder, pending.name), pending.logicalBytes, pending.allocatedBytes,
-                                      pending.device, pending.inode, pending.firstPhysicalOffset});
+                candidates.push_back({tree_.path(pending.folder, pending.name), pending.logicalBytes,
+                                      pending.allocatedBytes, pending.device, pending.inode,
+                                      pending.firstPhysicalOffset});
             }
         }
         std::sort(tree_.largestFiles.begin(), tree_.largestFiles.end(), smallerFile);
@@ -514,7 +521,8 @@ private:
         std::sort(tree_.credentialsInTrash.begin(), tree_.credentialsInTrash.end());
         if (!candidates.empty() && !cancelled()) {
             // Hashing is bound by the processor, not by waiting on the disk: one thread per core.
-            const unsigned hashers = std::clamp(std::thread::hardware_concurrency(), 1u, static_cast<unsigned>(workers.size()));
+            const unsigned hashers =
+                std::clamp(std::thread::hardware_concurrency(), 1u, static_cast<unsigned>(workers.size()));
             tree_.duplicates = DuplicateFinder::find(std::move(candidates), hashers, [this] { return cancelled(); });
         }
         tree_.wasCancelled = cancelled_.load();
@@ -545,12 +553,7 @@ unsigned defaultThreads() {
 }
 
 std::string normalisedRoot(const std::string& root) {
-    std::error_code error;
-    std::filesystem::path path = std::filesystem::absolute(root.empty() ? "." : root, error);
-    if (error) path = root;
-    std::string text = path.lexically_normal().string();
-    while (text.size() > 1 && text.back() == '/') text.pop_back();
-    return text;
+    return normalPath(root);
 }
 
 ScanTree scan(const std::string& root, const SpaceScanOptions& options, ScanProgress& progress,

@@ -1,7 +1,7 @@
 #include "storage/MachineStorage.h"
 
-#include "storage/MountedVolumeRecord.h"
 #include "storage/LinuxStorageDiscovery.h"
+#include "storage/MountedVolumeRecord.h"
 #include "storage/PlatformStorage.h"
 #include "storage/RecordedMountTable.h"
 #include "storage/StorageDiscovery.h"
@@ -9,18 +9,12 @@
 namespace corvel::MachineStorage {
 
 StorageSnapshot replay(CommandRunning& runner, const RecordedMachine& recording, TimePoint now) {
-    if (recording.platform == "macos") {
-        FixedVolumeProvider volumes(recording.volumes);
-        return StorageDiscovery(runner, volumes).snapshot(now);
-    }
-    if (recording.platform == "linux") {
+    if (recording.platform == Platform::linux) {
         RecordedMountTable mountTable(recording.document);
         return LinuxStorageDiscovery(runner, mountTable).snapshot(now);
     }
-    StorageSnapshot snapshot;
-    snapshot.capturedAt = now;
-    snapshot.warnings.push_back("Unknown recorded platform \"" + recording.platform + "\"");
-    return snapshot;
+    FixedVolumeProvider volumes(recording.volumes);
+    return StorageDiscovery(runner, volumes).snapshot(now);
 }
 
 StorageSnapshot snapshot(CommandRunning& runner, const RecordedMachine* recording, TimePoint now) {

@@ -20,9 +20,10 @@ RecordedMachine RecordedMachine::load(const std::filesystem::path& directory) {
         machine.document = parseJsonText(*text, manifest.string());
         if (!machine.document.is_object()) throw DecodingError("the document is not a JSON object");
         machine.name = valueOr<std::string>(machine.document, "name", directory.filename().string());
-        machine.platform = valueOr<std::string>(machine.document, "platform", "macos");
-        if (machine.platform != "macos" && machine.platform != "linux")
-            throw DecodingError("unknown platform '" + machine.platform + "' (expected macos or linux)");
+        const auto platform = valueOr<std::string>(machine.document, "platform", "macos");
+        const auto known = enumFromRaw<Platform>(platform);
+        if (!known) throw DecodingError("unknown platform '" + platform + "' (expected macos or linux)");
+        machine.platform = *known;
         machine.capturedAt = required<TimePoint>(machine.document, "capturedAt");
         machine.home = valueOr<std::string>(machine.document, "home", "/");
         machine.volumes = valueOr<std::vector<MountedVolumeRecord>>(machine.document, "volumes", {});

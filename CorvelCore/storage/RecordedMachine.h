@@ -6,6 +6,7 @@
 
 #include "common/ISO8601.h"
 #include "common/Json.h"
+#include "common/Platform.h"
 #include "storage/MountedVolumeRecord.h"
 
 #include <filesystem>
@@ -17,7 +18,7 @@ namespace corvel {
 struct RecordedMachine {
     std::filesystem::path directory;
     std::string name;
-    std::string platform;  // "macos" or "linux"
+    Platform platform = Platform::macos;
     TimePoint capturedAt{};
     std::string home;
     std::vector<MountedVolumeRecord> volumes;

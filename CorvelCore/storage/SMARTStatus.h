@@ -13,10 +13,10 @@ enum class SMARTStatus { verified, failing, notSupported, unknown };
 template <>
 struct EnumTable<SMARTStatus> {
     static constexpr std::array<EnumEntry<SMARTStatus>, 4> entries{{
-        {SMARTStatus::verified, "verified", "Verified"},
-        {SMARTStatus::failing, "failing", "Failing"},
-        {SMARTStatus::notSupported, "notSupported", "Not Supported"},
-        {SMARTStatus::unknown, "unknown", "Unknown"},
+        {SMARTStatus::verified, "verified", "Verified", Tone::good},
+        {SMARTStatus::failing, "failing", "Failing", Tone::bad},
+        {SMARTStatus::notSupported, "notSupported", "Not Supported", Tone::muted},
+        {SMARTStatus::unknown, "unknown", "Unknown", Tone::muted},
     }};
 };
 

@@ -37,10 +37,10 @@ TEST(Text, TrimSplitJoinReplace) {
 }
 
 TEST(DataFolder, FollowsEachPlatformsConvention) {
-    EXPECT_EQ(defaultDataFolder(HostPlatform::macos, "/Users/me", "/ignored"),
+    EXPECT_EQ(defaultDataFolder(Platform::macos, "/Users/me", "/ignored"),
               "/Users/me/Library/Application Support/Velmora");
-    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", std::nullopt), "/home/me/.local/share/velmora");
-    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", "/data/xdg"), "/data/xdg/velmora");
+    EXPECT_EQ(defaultDataFolder(Platform::linux, "/home/me", std::nullopt), "/home/me/.local/share/velmora");
+    EXPECT_EQ(defaultDataFolder(Platform::linux, "/home/me", "/data/xdg"), "/data/xdg/velmora");
     // A relative XDG value is invalid and ignored.
-    EXPECT_EQ(defaultDataFolder(HostPlatform::linux, "/home/me", "relative"), "/home/me/.local/share/velmora");
+    EXPECT_EQ(defaultDataFolder(Platform::linux, "/home/me", "relative"), "/home/me/.local/share/velmora");
 }

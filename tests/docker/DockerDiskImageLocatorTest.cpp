@@ -80,7 +80,7 @@ TEST(DockerDiskImageMac, AStaleSettingFallsBackToTheDefaultAndNothingFoundIsNone
 
 TEST(DockerDiskImageLinux, DesktopImageFirstThenTheEngineDataRoot) {
     FakeDockerHost host;
-    host.platformName = "linux";
+    host.platformName = Platform::linux;
     host.home = "/home/me";
     host.mounts = {"/", "/home", "/var/lib/docker"};
     host.folders["/var/lib/docker"] = {9000000000, 8000000000};
@@ -108,7 +108,7 @@ TEST(DockerDiskImageLinux, DesktopImageFirstThenTheEngineDataRoot) {
 
 TEST(DockerDiskImageLinux, RootlessEngineWhenTheSystemRootIsUnreadable) {
     FakeDockerHost host;
-    host.platformName = "linux";
+    host.platformName = Platform::linux;
     host.folders["/home/me/.local/share/docker"] = {7, 6};
     const auto image = DockerDiskImageLocator::locate("/home/me", host);
     ASSERT_TRUE(image);

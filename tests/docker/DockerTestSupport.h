@@ -47,7 +47,7 @@ private:
 
 class FakeDockerHost : public DockerHostProbing {
 public:
-    std::string platformName = "macos";
+    Platform platformName = Platform::macos;
     std::optional<std::string> home = "/Users/me";
     std::set<std::string> executables;
     std::map<std::string, std::string> texts;
@@ -55,7 +55,7 @@ public:
     std::map<std::string, DockerFileFacts> folders;
     std::vector<std::string> mounts{"/"};
 
-    std::string platform() const override { return platformName; }
+    Platform platform() const override { return platformName; }
     std::optional<std::string> userHome() const override { return home; }
     bool isExecutableFile(const std::string& path) const override { return executables.contains(path); }
     std::optional<std::string> readTextFile(const std::string& path) const override { return lookup(texts, path); }

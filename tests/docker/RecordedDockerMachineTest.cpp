@@ -120,7 +120,7 @@ TEST(RecordedDockerHostFile, MalformedFactsNameTheFile) {
         return RecordedDockerHost(machine, folder, {}, [](const std::string&) { return false; });
     };
     EXPECT_NO_THROW(build(Json{{"platform", "linux"}}));
-    EXPECT_EQ(build(Json{{"platform", "linux"}}).platform(), "linux");
+    EXPECT_EQ(build(Json{{"platform", "linux"}}).platform(), Platform::linux);
     try {
         build(Json{{"dockerHost", {{"files", {{"/x", {{"apparentBytes", 1}}}}}}}});
         ADD_FAILURE() << "accepted a file without its allocated size";

@@ -70,8 +70,8 @@ TEST(FootprintLocationDefaults, LinuxUsesTheSameToolsLinuxHomes) {
 }
 
 TEST(FootprintLocationDefaults, ChoosesTheListByPlatform) {
-    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::linux), FootprintLocation::linuxDefaults("/h"));
-    EXPECT_EQ(FootprintLocation::defaults("/h", HostPlatform::macos), FootprintLocation::defaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", Platform::linux), FootprintLocation::linuxDefaults("/h"));
+    EXPECT_EQ(FootprintLocation::defaults("/h", Platform::macos), FootprintLocation::defaults("/h"));
 }
 
 TEST(FootprintLocationJson, UsesFieldNamesAndTheCategoryDisplayName) {

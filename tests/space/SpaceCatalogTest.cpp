@@ -47,7 +47,7 @@ const SpaceCatalog& macCatalog() {
 }
 
 const SpaceCatalog& linuxCatalog() {
-    static const SpaceCatalog catalog("/home/me", {}, SpaceCatalog::Platform::linuxOS);
+    static const SpaceCatalog catalog("/home/me", {}, Platform::linux);
     return catalog;
 }
 
@@ -119,7 +119,8 @@ TEST(SpaceClassificationTest, JsonKeysInFieldOrderWithAbsentOptionalsLeftOut) {
     EXPECT_EQ(encoded.get<SpaceClassification>(), full);
 
     const Json bare = SpaceClassification::unknown();
-    EXPECT_EQ(bare.dump(), R"({"category":"Other","risk":"gray","rationale":"No rule identifies who owns this data."})");
+    EXPECT_EQ(bare.dump(),
+              R"({"category":"Other","risk":"gray","rationale":"No rule identifies who owns this data."})");
     EXPECT_EQ(bare.get<SpaceClassification>(), SpaceClassification::unknown());
 }
 
@@ -162,11 +163,11 @@ TEST(SpaceCatalogTest, HomeLosesOneTrailingSlashAndIsMatchedByComponent) {
     EXPECT_EQ(withSlash.home(), "/Users/me");
     EXPECT_EQ(withSlash, macCatalog());
     expectAll(withSlash, {
-        {"/Users/me", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/.ssh", true, C::credentials, R::red, std::nullopt},
-        {"/Users/meow", true, C::other, R::gray, std::nullopt},
-        {"/Users/meow/.ssh", true, C::other, R::gray, std::nullopt},
-    });
+                             {"/Users/me", true, C::userData, R::red, std::nullopt},
+                             {"/Users/me/.ssh", true, C::credentials, R::red, std::nullopt},
+                             {"/Users/meow", true, C::other, R::gray, std::nullopt},
+                             {"/Users/meow/.ssh", true, C::other, R::gray, std::nullopt},
+                         });
     EXPECT_EQ(withSlash.classify("/Users/meow", true), SpaceClassification::unknown());
 }
 
@@ -192,8 +193,6 @@ TEST(SpaceCatalogTest, SharedTables) {
     EXPECT_EQ(groups.at("UBF8T346G9.Office").risk, R::gray);
     EXPECT_EQ(groups.at("group.net.whatsapp.WhatsApp.shared").rationale,
               "Chat media and message database. Manage it in WhatsApp \u203A Settings \u203A Storage and Data.");
-    EXPECT_EQ(SpaceCatalog::platformNamed("linux"), SpaceCatalog::Platform::linuxOS);
-    EXPECT_EQ(SpaceCatalog::platformNamed("macos"), SpaceCatalog::Platform::macOS);
 }
 
 // ---------------------------------------------------------------- project roots and names
@@ -201,18 +200,18 @@ TEST(SpaceCatalogTest, SharedTables) {
 TEST(SpaceCatalogTest, ProjectRootsProtectSourceButKeepReviewableBuildFolders) {
     const SpaceCatalog catalog("/Users/me", {"/Users/me/dev"});
     expectAll(catalog, {
-        {"/Users/me/dev/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
-        {"/Users/me/dev/app/.venv", true, C::virtualEnvs, R::yellow, "Python"},
-        {"/Users/me/dev/app/.next", true, C::builds, R::yellow, "JavaScript tooling"},
-        {"/Users/me/dev/app/__pycache__", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/dev/app/.git", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/dev/app/node_modules", false, C::projects, R::red, std::nullopt},
-        {"/Users/me/dev", true, C::projects, R::red, std::nullopt},
-        // Inside a root, even a home rule's data is project source.
-        {"/Users/me/dev/.ssh", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/devices", true, C::other, R::gray, std::nullopt},
-        {"/System/Volumes/Data/Users/me/dev/x.swift", false, C::projects, R::red, std::nullopt},
-    });
+                           {"/Users/me/dev/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
+                           {"/Users/me/dev/app/.venv", true, C::virtualEnvs, R::yellow, "Python"},
+                           {"/Users/me/dev/app/.next", true, C::builds, R::yellow, "JavaScript tooling"},
+                           {"/Users/me/dev/app/__pycache__", true, C::projects, R::red, std::nullopt},
+                           {"/Users/me/dev/app/.git", true, C::projects, R::red, std::nullopt},
+                           {"/Users/me/dev/app/node_modules", false, C::projects, R::red, std::nullopt},
+                           {"/Users/me/dev", true, C::projects, R::red, std::nullopt},
+                           // Inside a root, even a home rule's data is project source.
+                           {"/Users/me/dev/.ssh", true, C::projects, R::red, std::nullopt},
+                           {"/Users/me/devices", true, C::other, R::gray, std::nullopt},
+                           {"/System/Volumes/Data/Users/me/dev/x.swift", false, C::projects, R::red, std::nullopt},
+                       });
     const auto source = catalog.classify("/Users/me/dev/app/.git", true);
     EXPECT_EQ(source.rationale, projectRationale);
     EXPECT_EQ(source.hint, "Use the Migration Center to verify the SSD copy before freeing internal space.");
@@ -232,24 +231,25 @@ TEST(SpaceCatalogTest, TheFirstMatchingProjectRootNamesTheVerdict) {
 }
 
 TEST(SpaceCatalogTest, NameRulesApplyToFoldersAnywhereButNeverToFiles) {
-    expectAll(macCatalog(), {
-        {"/Volumes/X/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
-        {"/Users/me/Documents/app/node_modules", true, C::userData, R::red, std::nullopt},  // home rule first
-        {"/Users/me/src/app/venv", true, C::virtualEnvs, R::yellow, "Python"},
-        {"/Users/me/src/app/.build", true, C::builds, R::yellow, std::nullopt},
-        {"/Users/me/src/app/DerivedData", true, C::builds, R::yellow, std::nullopt},
-        {"/Users/me/src/web/.nuxt", true, C::builds, R::yellow, "JavaScript tooling"},
-        {"/Users/me/src/web/.turbo", true, C::builds, R::yellow, "JavaScript tooling"},
-        {"/Users/me/src/web/.parcel-cache", true, C::builds, R::yellow, "JavaScript tooling"},
-        {"/Users/me/src/py/.pytest_cache", true, C::caches, R::green, "Python"},
-        {"/Users/me/src/py/.mypy_cache", true, C::caches, R::green, "Python"},
-        {"/Users/me/src/py/__pycache__", true, C::caches, R::green, "Python"},
-        {"/Users/me/src/py/.git", true, C::projects, R::red, "git"},
-        {"/Users/me/src/py/.git", false, C::other, R::gray, std::nullopt},
-        {"/Users/me/src/py/Node_Modules", true, C::other, R::gray, std::nullopt},
-        {"/Users/me/src/app/node_modules/", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
-        {"node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},  // relative: only names
-    });
+    expectAll(macCatalog(),
+              {
+                  {"/Volumes/X/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
+                  {"/Users/me/Documents/app/node_modules", true, C::userData, R::red, std::nullopt},  // home rule first
+                  {"/Users/me/src/app/venv", true, C::virtualEnvs, R::yellow, "Python"},
+                  {"/Users/me/src/app/.build", true, C::builds, R::yellow, std::nullopt},
+                  {"/Users/me/src/app/DerivedData", true, C::builds, R::yellow, std::nullopt},
+                  {"/Users/me/src/web/.nuxt", true, C::builds, R::yellow, "JavaScript tooling"},
+                  {"/Users/me/src/web/.turbo", true, C::builds, R::yellow, "JavaScript tooling"},
+                  {"/Users/me/src/web/.parcel-cache", true, C::builds, R::yellow, "JavaScript tooling"},
+                  {"/Users/me/src/py/.pytest_cache", true, C::caches, R::green, "Python"},
+                  {"/Users/me/src/py/.mypy_cache", true, C::caches, R::green, "Python"},
+                  {"/Users/me/src/py/__pycache__", true, C::caches, R::green, "Python"},
+                  {"/Users/me/src/py/.git", true, C::projects, R::red, "git"},
+                  {"/Users/me/src/py/.git", false, C::other, R::gray, std::nullopt},
+                  {"/Users/me/src/py/Node_Modules", true, C::other, R::gray, std::nullopt},
+                  {"/Users/me/src/app/node_modules/", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
+                  {"node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},  // relative: only names
+              });
     const auto modules = macCatalog().classify("/x/node_modules", true);
     EXPECT_EQ(modules.rationale, "Installed dependencies; reinstalled from the lockfile.");
     EXPECT_EQ(modules.hint, "npm ci / pnpm install");
@@ -258,42 +258,43 @@ TEST(SpaceCatalogTest, NameRulesApplyToFoldersAnywhereButNeverToFiles) {
 // ---------------------------------------------------------------- the home folder
 
 TEST(SpaceCatalogTest, HomeRulesDecideOnTheFirstComponent) {
-    expectAll(macCatalog(), {
-        {"/Users/me", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/.Trash", true, C::trash, R::yellow, "Finder"},
-        {"/Users/me/.Trash/old.zip", false, C::trash, R::yellow, "Finder"},
-        {"/Users/me/.gnupg", true, C::credentials, R::red, std::nullopt},
-        {"/Users/me/.aws/credentials", false, C::credentials, R::red, std::nullopt},
-        {"/Users/me/.kube", true, C::credentials, R::red, std::nullopt},
-        {"/Users/me/.docker/config.json", false, C::credentials, R::red, std::nullopt},
-        {"/Users/me/Documents", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/Desktop/a.png", false, C::userData, R::red, std::nullopt},
-        {"/Users/me/Pictures", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/Movies", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/Music", true, C::userData, R::red, std::nullopt},
-        {"/Users/me/Downloads/big.dmg", false, C::downloads, R::gray, std::nullopt},
-        {"/Users/me/.npm/_cacache", true, C::packageManagers, R::green, "npm"},
-        {"/Users/me/.gradle/caches", true, C::packageManagers, R::green, "Gradle"},
-        {"/Users/me/.gradle/caches/modules-2", true, C::packageManagers, R::green, "Gradle"},
-        {"/Users/me/.gradle", true, C::other, R::gray, std::nullopt},
-        {"/Users/me/.gradle/wrapper", true, C::other, R::gray, std::nullopt},
-        {"/Users/me/.m2/repository", true, C::packageManagers, R::yellow, "Maven"},
-        {"/Users/me/.cargo/registry", true, C::packageManagers, R::green, "Cargo"},
-        {"/Users/me/.cargo/bin", true, C::other, R::gray, std::nullopt},
-        {"/Users/me/.rustup/toolchains", true, C::packageManagers, R::yellow, ".rustup"},
-        {"/Users/me/.nvm", true, C::packageManagers, R::yellow, ".nvm"},
-        {"/Users/me/.pyenv/versions", true, C::packageManagers, R::yellow, ".pyenv"},
-        {"/Users/me/.sdkman", true, C::packageManagers, R::yellow, ".sdkman"},
-        {"/Users/me/projects", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/Developer", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/etl", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/code", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/workspace", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/src/", true, C::projects, R::red, std::nullopt},
-        {"/Users/me/src/app", true, C::other, R::gray, std::nullopt},
-        {"/Users/me/Projects", true, C::other, R::gray, std::nullopt},  // case matters
-        {"/Users/me/.cache/pip", true, C::other, R::gray, std::nullopt},  // a Linux home, not a macOS one
-    });
+    expectAll(macCatalog(),
+              {
+                  {"/Users/me", true, C::userData, R::red, std::nullopt},
+                  {"/Users/me/.Trash", true, C::trash, R::yellow, "Finder"},
+                  {"/Users/me/.Trash/old.zip", false, C::trash, R::yellow, "Finder"},
+                  {"/Users/me/.gnupg", true, C::credentials, R::red, std::nullopt},
+                  {"/Users/me/.aws/credentials", false, C::credentials, R::red, std::nullopt},
+                  {"/Users/me/.kube", true, C::credentials, R::red, std::nullopt},
+                  {"/Users/me/.docker/config.json", false, C::credentials, R::red, std::nullopt},
+                  {"/Users/me/Documents", true, C::userData, R::red, std::nullopt},
+                  {"/Users/me/Desktop/a.png", false, C::userData, R::red, std::nullopt},
+                  {"/Users/me/Pictures", true, C::userData, R::red, std::nullopt},
+                  {"/Users/me/Movies", true, C::userData, R::red, std::nullopt},
+                  {"/Users/me/Music", true, C::userData, R::red, std::nullopt},
+                  {"/Users/me/Downloads/big.dmg", false, C::downloads, R::gray, std::nullopt},
+                  {"/Users/me/.npm/_cacache", true, C::packageManagers, R::green, "npm"},
+                  {"/Users/me/.gradle/caches", true, C::packageManagers, R::green, "Gradle"},
+                  {"/Users/me/.gradle/caches/modules-2", true, C::packageManagers, R::green, "Gradle"},
+                  {"/Users/me/.gradle", true, C::other, R::gray, std::nullopt},
+                  {"/Users/me/.gradle/wrapper", true, C::other, R::gray, std::nullopt},
+                  {"/Users/me/.m2/repository", true, C::packageManagers, R::yellow, "Maven"},
+                  {"/Users/me/.cargo/registry", true, C::packageManagers, R::green, "Cargo"},
+                  {"/Users/me/.cargo/bin", true, C::other, R::gray, std::nullopt},
+                  {"/Users/me/.rustup/toolchains", true, C::packageManagers, R::yellow, ".rustup"},
+                  {"/Users/me/.nvm", true, C::packageManagers, R::yellow, ".nvm"},
+                  {"/Users/me/.pyenv/versions", true, C::packageManagers, R::yellow, ".pyenv"},
+                  {"/Users/me/.sdkman", true, C::packageManagers, R::yellow, ".sdkman"},
+                  {"/Users/me/projects", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/Developer", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/etl", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/code", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/workspace", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/src/", true, C::projects, R::red, std::nullopt},
+                  {"/Users/me/src/app", true, C::other, R::gray, std::nullopt},
+                  {"/Users/me/Projects", true, C::other, R::gray, std::nullopt},    // case matters
+                  {"/Users/me/.cache/pip", true, C::other, R::gray, std::nullopt},  // a Linux home, not a macOS one
+              });
     const auto trash = macCatalog().classify("/Users/me/.Trash", true);
     EXPECT_EQ(trash.rationale, "Items you already moved to the Trash. Emptying it is irreversible.");
     EXPECT_EQ(trash.hint, "Review the Trash in Finder and empty it there if nothing is needed.");
@@ -308,47 +309,50 @@ TEST(SpaceCatalogTest, FirmlinkedDataVolumePathsClassifyLikeTheirRootPaths) {
         const std::string firmlinked = std::string("/System/Volumes/Data") + path;
         EXPECT_EQ(macCatalog().classify(firmlinked, true), macCatalog().classify(path, true)) << path;
     }
-    expectAll(macCatalog(), {
-        {"/System/Volumes/Data/Users/me/.ssh", true, C::credentials, R::red, std::nullopt},
-        // The mount point itself is left alone and, having no components after it, matches nothing.
-        {"/System/Volumes/Data", true, C::other, R::gray, std::nullopt},
-        {"/System/Volumes/Preboot", true, C::system, R::red, "macOS"},
-    });
+    expectAll(macCatalog(),
+              {
+                  {"/System/Volumes/Data/Users/me/.ssh", true, C::credentials, R::red, std::nullopt},
+                  // The mount point itself is left alone and, having no components after it, matches nothing.
+                  {"/System/Volumes/Data", true, C::other, R::gray, std::nullopt},
+                  {"/System/Volumes/Preboot", true, C::system, R::red, "macOS"},
+              });
 }
 
 // ---------------------------------------------------------------- the home Library
 
 TEST(SpaceCatalogTest, LibraryRules) {
-    expectAll(macCatalog(), {
-        {"/Users/me/Library", true, C::appData, R::gray, std::nullopt},
-        {"/Users/me/Library/Caches", true, C::caches, R::yellow, std::nullopt},
-        {"/Users/me/Library/Caches/com.spotify.client", true, C::caches, R::green, "client"},
-        {"/Users/me/Library/Caches/com.spotify.client/Data/x", false, C::caches, R::green, "client"},
-        {"/Users/me/Library/Caches/Homebrew", true, C::caches, R::green, "Homebrew"},
-        {"/Users/me/Library/Caches/com.apple.dt.Xcode", true, C::xcode, R::green, "Xcode"},
-        {"/Users/me/Library/Logs", true, C::logs, R::green, std::nullopt},
-        {"/Users/me/Library/Logs/com.apple.xcodebuild", true, C::logs, R::green, "xcodebuild"},
-        {"/Users/me/Library/Containers/com.docker.docker", true, C::docker, R::red, "Docker Desktop"},
-        {"/Users/me/Library/Containers/com.apple.mail", true, C::appData, R::gray, "mail"},
-        {"/Users/me/Library/Containers", true, C::appData, R::gray, std::nullopt},
-        {"/Users/me/Library/Group Containers/group.com.docker", true, C::appData, R::red, "Docker Desktop"},
-        {"/Users/me/Library/Group Containers/group.net.whatsapp.WhatsApp.shared/Media", true, C::appData, R::red,
-         "WhatsApp"},
-        {"/Users/me/Library/Group Containers/UBF8T346G9.Office", true, C::appData, R::gray, "Microsoft Office"},
-        {"/Users/me/Library/Group Containers/group.com.apple.notes", true, C::appData, R::gray, "notes"},
-        {"/Users/me/Library/Group Containers", true, C::appData, R::gray, std::nullopt},
-        {"/Users/me/Library/Application Support/Code", true, C::appData, R::gray, "Code"},
-        {"/Users/me/Library/Application Support", true, C::appData, R::gray, std::nullopt},
-        {"/Users/me/Library/Keychains/login.keychain-db", false, C::credentials, R::red, "Keychain"},
-        {"/Users/me/Library/Mail", true, C::userData, R::red, "Mail"},
-        {"/Users/me/Library/Messages", true, C::userData, R::red, "Messages"},
-        {"/Users/me/Library/Photos", true, C::userData, R::red, "Photos"},
-        {"/Users/me/Library/Mobile Documents/com~apple~CloudDocs", true, C::userData, R::red, "Mobile Documents"},
-        {"/Users/me/Library/CloudStorage", true, C::userData, R::red, "CloudStorage"},
-        {"/Users/me/Library/Preferences", true, C::appData, R::gray, "Preferences"},
-        // Name rules do not reach into the Library: its own rules always decide.
-        {"/Users/me/Library/Application Support/x/node_modules", true, C::appData, R::gray, "x"},
-    });
+    expectAll(
+        macCatalog(),
+        {
+            {"/Users/me/Library", true, C::appData, R::gray, std::nullopt},
+            {"/Users/me/Library/Caches", true, C::caches, R::yellow, std::nullopt},
+            {"/Users/me/Library/Caches/com.spotify.client", true, C::caches, R::green, "client"},
+            {"/Users/me/Library/Caches/com.spotify.client/Data/x", false, C::caches, R::green, "client"},
+            {"/Users/me/Library/Caches/Homebrew", true, C::caches, R::green, "Homebrew"},
+            {"/Users/me/Library/Caches/com.apple.dt.Xcode", true, C::xcode, R::green, "Xcode"},
+            {"/Users/me/Library/Logs", true, C::logs, R::green, std::nullopt},
+            {"/Users/me/Library/Logs/com.apple.xcodebuild", true, C::logs, R::green, "xcodebuild"},
+            {"/Users/me/Library/Containers/com.docker.docker", true, C::docker, R::red, "Docker Desktop"},
+            {"/Users/me/Library/Containers/com.apple.mail", true, C::appData, R::gray, "mail"},
+            {"/Users/me/Library/Containers", true, C::appData, R::gray, std::nullopt},
+            {"/Users/me/Library/Group Containers/group.com.docker", true, C::appData, R::red, "Docker Desktop"},
+            {"/Users/me/Library/Group Containers/group.net.whatsapp.WhatsApp.shared/Media", true, C::appData, R::red,
+             "WhatsApp"},
+            {"/Users/me/Library/Group Containers/UBF8T346G9.Office", true, C::appData, R::gray, "Microsoft Office"},
+            {"/Users/me/Library/Group Containers/group.com.apple.notes", true, C::appData, R::gray, "notes"},
+            {"/Users/me/Library/Group Containers", true, C::appData, R::gray, std::nullopt},
+            {"/Users/me/Library/Application Support/Code", true, C::appData, R::gray, "Code"},
+            {"/Users/me/Library/Application Support", true, C::appData, R::gray, std::nullopt},
+            {"/Users/me/Library/Keychains/login.keychain-db", false, C::credentials, R::red, "Keychain"},
+            {"/Users/me/Library/Mail", true, C::userData, R::red, "Mail"},
+            {"/Users/me/Library/Messages", true, C::userData, R::red, "Messages"},
+            {"/Users/me/Library/Photos", true, C::userData, R::red, "Photos"},
+            {"/Users/me/Library/Mobile Documents/com~apple~CloudDocs", true, C::userData, R::red, "Mobile Documents"},
+            {"/Users/me/Library/CloudStorage", true, C::userData, R::red, "CloudStorage"},
+            {"/Users/me/Library/Preferences", true, C::appData, R::gray, "Preferences"},
+            // Name rules do not reach into the Library: its own rules always decide.
+            {"/Users/me/Library/Application Support/x/node_modules", true, C::appData, R::gray, "x"},
+        });
     const auto caches = macCatalog().classify("/Users/me/Library/Caches", true);
     EXPECT_EQ(caches.rationale, "Application cache. Apps rebuild caches when needed; quit the app before cleaning.");
     EXPECT_EQ(caches.hint, std::nullopt);
@@ -360,18 +364,20 @@ TEST(SpaceCatalogTest, LibraryRules) {
 }
 
 TEST(SpaceCatalogTest, DeveloperRulesArePrefixTestsInOrder) {
-    expectAll(macCatalog(), {
-        {"/Users/me/Library/Developer/Xcode/DerivedData", true, C::builds, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/Xcode/DerivedData/App-abc/Build", true, C::builds, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/Xcode/DerivedDataOld", true, C::builds, R::yellow, "Xcode"},  // plain prefix
-        {"/Users/me/Library/Developer/Xcode/Archives/2026-11-02", true, C::xcode, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/Xcode/iOS DeviceSupport/18.1", true, C::xcode, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/Xcode/watchOS DeviceSupport", true, C::xcode, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer//Xcode//DerivedData", true, C::builds, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/CoreSimulator/Devices", true, C::simulators, R::yellow, "Simulator"},
-        {"/Users/me/Library/Developer/Xcode/UserData", true, C::xcode, R::gray, "Xcode"},
-        {"/Users/me/Library/Developer", true, C::xcode, R::gray, "Xcode"},
-    });
+    expectAll(
+        macCatalog(),
+        {
+            {"/Users/me/Library/Developer/Xcode/DerivedData", true, C::builds, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer/Xcode/DerivedData/App-abc/Build", true, C::builds, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer/Xcode/DerivedDataOld", true, C::builds, R::yellow, "Xcode"},  // plain prefix
+            {"/Users/me/Library/Developer/Xcode/Archives/2026-11-02", true, C::xcode, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer/Xcode/iOS DeviceSupport/18.1", true, C::xcode, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer/Xcode/watchOS DeviceSupport", true, C::xcode, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer//Xcode//DerivedData", true, C::builds, R::yellow, "Xcode"},
+            {"/Users/me/Library/Developer/CoreSimulator/Devices", true, C::simulators, R::yellow, "Simulator"},
+            {"/Users/me/Library/Developer/Xcode/UserData", true, C::xcode, R::gray, "Xcode"},
+            {"/Users/me/Library/Developer", true, C::xcode, R::gray, "Xcode"},
+        });
     EXPECT_EQ(macCatalog().classify("/Users/me/Library/Developer/CoreSimulator", true).hint,
               "xcrun simctl delete unavailable");
     EXPECT_EQ(macCatalog().classify("/Users/me/Library/Developer/Xcode/DerivedData", true).rationale,
@@ -382,53 +388,54 @@ TEST(SpaceCatalogTest, DeveloperRulesArePrefixTestsInOrder) {
 
 TEST(SpaceCatalogTest, DatabaseDataOnlyUnderHomebrewVarFolders) {
     expectAll(macCatalog(), {
-        {"/opt/homebrew/var/postgresql@16", true, C::databases, R::red, "Homebrew service"},
-        {"/opt/homebrew/var/lib/MySQL", true, C::databases, R::red, "Homebrew service"},
-        {"/usr/local/var/mongodb/journal", true, C::databases, R::red, "Homebrew service"},
-        {"/usr/local/var/log", true, C::packageManagers, R::gray, "Homebrew"},
-        {"/opt/homebrew/var", true, C::packageManagers, R::gray, "Homebrew"},
-        {"/Users/me/Postgres", true, C::other, R::gray, std::nullopt},
-        {"/Volumes/X/mysql", true, C::other, R::gray, std::nullopt},
-    });
+                                {"/opt/homebrew/var/postgresql@16", true, C::databases, R::red, "Homebrew service"},
+                                {"/opt/homebrew/var/lib/MySQL", true, C::databases, R::red, "Homebrew service"},
+                                {"/usr/local/var/mongodb/journal", true, C::databases, R::red, "Homebrew service"},
+                                {"/usr/local/var/log", true, C::packageManagers, R::gray, "Homebrew"},
+                                {"/opt/homebrew/var", true, C::packageManagers, R::gray, "Homebrew"},
+                                {"/Users/me/Postgres", true, C::other, R::gray, std::nullopt},
+                                {"/Volumes/X/mysql", true, C::other, R::gray, std::nullopt},
+                            });
     EXPECT_EQ(macCatalog().classify("/opt/homebrew/var/redis", true).hint,
               "Inspect with the database's own tools (e.g. psql \\l+). Never delete the data directory.");
 }
 
 TEST(SpaceCatalogTest, ApplicationsHomebrewAndPrefixes) {
     expectAll(macCatalog(), {
-        {"/Applications/Foo.app", true, C::applications, R::gray, "Foo"},
-        {"/Applications/Foo.app/Contents/MacOS/Foo", false, C::applications, R::gray, "Foo"},
-        {"/Applications/Utilities.app.app", true, C::applications, R::gray, "Utilities"},
-        {"/Applications/.app", true, C::applications, R::gray, ""},
-        {"/Applications", true, C::applications, R::gray, std::nullopt},
-        {"/opt/homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/opt/homebrew/Caskroom", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/opt/homebrew/bin", true, C::packageManagers, R::gray, "Homebrew"},
-        {"/usr/local/bin/git", false, C::packageManagers, R::gray, "Homebrew"},
-        {"/opt", true, C::packageManagers, R::gray, "Homebrew"},
-    });
+                                {"/Applications/Foo.app", true, C::applications, R::gray, "Foo"},
+                                {"/Applications/Foo.app/Contents/MacOS/Foo", false, C::applications, R::gray, "Foo"},
+                                {"/Applications/Utilities.app.app", true, C::applications, R::gray, "Utilities"},
+                                {"/Applications/.app", true, C::applications, R::gray, ""},
+                                {"/Applications", true, C::applications, R::gray, std::nullopt},
+                                {"/opt/homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
+                                {"/opt/homebrew/Caskroom", true, C::packageManagers, R::yellow, "Homebrew"},
+                                {"/opt/homebrew/bin", true, C::packageManagers, R::gray, "Homebrew"},
+                                {"/usr/local/bin/git", false, C::packageManagers, R::gray, "Homebrew"},
+                                {"/opt", true, C::packageManagers, R::gray, "Homebrew"},
+                            });
     EXPECT_EQ(macCatalog().classify("/opt/homebrew/Cellar", true).hint, "brew cleanup, brew autoremove");
 }
 
 TEST(SpaceCatalogTest, PrivateFoldersInRuleOrder) {
-    expectAll(macCatalog(), {
-        {"/private/tmp/build", true, C::temporary, R::gray, std::nullopt},
-        {"/private/tmp/com.google.Chrome.code_sign_clone", true, C::temporary, R::gray, std::nullopt},
-        {"/private/var/folders/zz/abc/X/com.google.Chrome.code_sign_clone/code_sign_clone.1", true, C::temporary,
-         R::yellow, "Google Chrome"},
-        {"/private/var/folders/zz/abc", true, C::system, R::gray, "macOS"},
-        {"/private/var/vm/sleepimage", false, C::system, R::red, "macOS"},
-        {"/private/var/db", true, C::system, R::red, "macOS"},
-        {"/private", true, C::system, R::red, "macOS"},
-        {"/System/Library/CoreServices", true, C::system, R::red, "macOS"},
-        {"/Library/Developer/CoreSimulator/Volumes", true, C::simulators, R::yellow, "Xcode"},
-        {"/Library/Fonts", true, C::system, R::gray, std::nullopt},
-        {"/Volumes/External/x", true, C::other, R::gray, std::nullopt},
-        {"/tmp/x", true, C::other, R::gray, std::nullopt},             // a Linux place, unknown on macOS
-        {"/var/lib/docker", true, C::other, R::gray, std::nullopt},
-        {"", true, C::other, R::gray, std::nullopt},
-        {"/", true, C::other, R::gray, std::nullopt},
-    });
+    expectAll(macCatalog(),
+              {
+                  {"/private/tmp/build", true, C::temporary, R::gray, std::nullopt},
+                  {"/private/tmp/com.google.Chrome.code_sign_clone", true, C::temporary, R::gray, std::nullopt},
+                  {"/private/var/folders/zz/abc/X/com.google.Chrome.code_sign_clone/code_sign_clone.1", true,
+                   C::temporary, R::yellow, "Google Chrome"},
+                  {"/private/var/folders/zz/abc", true, C::system, R::gray, "macOS"},
+                  {"/private/var/vm/sleepimage", false, C::system, R::red, "macOS"},
+                  {"/private/var/db", true, C::system, R::red, "macOS"},
+                  {"/private", true, C::system, R::red, "macOS"},
+                  {"/System/Library/CoreServices", true, C::system, R::red, "macOS"},
+                  {"/Library/Developer/CoreSimulator/Volumes", true, C::simulators, R::yellow, "Xcode"},
+                  {"/Library/Fonts", true, C::system, R::gray, std::nullopt},
+                  {"/Volumes/External/x", true, C::other, R::gray, std::nullopt},
+                  {"/tmp/x", true, C::other, R::gray, std::nullopt},  // a Linux place, unknown on macOS
+                  {"/var/lib/docker", true, C::other, R::gray, std::nullopt},
+                  {"", true, C::other, R::gray, std::nullopt},
+                  {"/", true, C::other, R::gray, std::nullopt},
+              });
     EXPECT_EQ(macCatalog().classify("/private/tmp", true).hint,
               "macOS clears /private/tmp at restart. Check for running processes first.");
     EXPECT_EQ(macCatalog().classify("/Library/Developer/CoreSimulator", true).hint,
@@ -442,87 +449,89 @@ TEST(SpaceCatalogTest, PrivateFoldersInRuleOrder) {
 // nothing; and a tested prefix is plain text, so it may end inside a component.
 TEST(SpaceCatalogTest, SlashesDoNotMatterAndPrefixesAreText) {
     expectAll(macCatalog(), {
-        {"/opt//homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/opt/homebrew//Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/opt/homebrew/Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/opt/homebrew//var//postgresql@16/", true, C::databases, R::red, "Homebrew service"},
-        {"/opt/homebrew/variant/mysql", true, C::databases, R::red, "Homebrew service"},
-        {"/private//var/folders/x", true, C::system, R::gray, "macOS"},
-        {"/private/var/folder", true, C::system, R::red, "macOS"},
-        {"/private/tmp//", true, C::temporary, R::gray, std::nullopt},
-        {"/private//tmp", true, C::temporary, R::gray, std::nullopt},
-        {"/private/tmpfoo", true, C::temporary, R::gray, std::nullopt},
-        {"/private/tm", true, C::system, R::red, "macOS"},
-        {"/Library//Developer/CoreSimulator", true, C::simulators, R::yellow, "Xcode"},
-        {"/Users/me/Library//Caches//com.apple.Safari/", true, C::caches, R::green, "Safari"},
-        {"/Users/me//.ssh", true, C::credentials, R::red, std::nullopt},
-        {"/Users/me/Library/Developer/Xcode//Archives", true, C::xcode, R::yellow, "Xcode"},
-        {"/Users/me/Library/Developer/Xcode/Archive", true, C::xcode, R::gray, "Xcode"},
-    });
+                                {"/opt//homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
+                                {"/opt/homebrew//Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
+                                {"/opt/homebrew/Cellarx", true, C::packageManagers, R::yellow, "Homebrew"},
+                                {"/opt/homebrew//var//postgresql@16/", true, C::databases, R::red, "Homebrew service"},
+                                {"/opt/homebrew/variant/mysql", true, C::databases, R::red, "Homebrew service"},
+                                {"/private//var/folders/x", true, C::system, R::gray, "macOS"},
+                                {"/private/var/folder", true, C::system, R::red, "macOS"},
+                                {"/private/tmp//", true, C::temporary, R::gray, std::nullopt},
+                                {"/private//tmp", true, C::temporary, R::gray, std::nullopt},
+                                {"/private/tmpfoo", true, C::temporary, R::gray, std::nullopt},
+                                {"/private/tm", true, C::system, R::red, "macOS"},
+                                {"/Library//Developer/CoreSimulator", true, C::simulators, R::yellow, "Xcode"},
+                                {"/Users/me/Library//Caches//com.apple.Safari/", true, C::caches, R::green, "Safari"},
+                                {"/Users/me//.ssh", true, C::credentials, R::red, std::nullopt},
+                                {"/Users/me/Library/Developer/Xcode//Archives", true, C::xcode, R::yellow, "Xcode"},
+                                {"/Users/me/Library/Developer/Xcode/Archive", true, C::xcode, R::gray, "Xcode"},
+                            });
     expectAll(linuxCatalog(), {
-        {"/var//lib//docker/", true, C::docker, R::red, "Docker Engine"},
-        {"/home/me//.cache//pip", true, C::packageManagers, R::green, "pip"},
-    });
+                                  {"/var//lib//docker/", true, C::docker, R::red, "Docker Engine"},
+                                  {"/home/me//.cache//pip", true, C::packageManagers, R::green, "pip"},
+                              });
 }
 
 // ---------------------------------------------------------------- the Linux homes of the same data
 
 TEST(SpaceCatalogTest, LinuxCatalogueKnowsTheLinuxHomes) {
-    expectAll(linuxCatalog(), {
-        {"/home/me/.cache", true, C::caches, R::yellow, std::nullopt},
-        {"/home/me/.cache/pip", true, C::packageManagers, R::green, "pip"},
-        {"/home/me/.cache/uv", true, C::packageManagers, R::green, "uv"},
-        {"/home/me/.cache/yarn/v6", true, C::packageManagers, R::green, "Yarn"},
-        {"/home/me/.cache/go-build", true, C::caches, R::green, "Go"},
-        {"/home/me/.cache/ccache", true, C::caches, R::green, "ccache"},
-        {"/home/me/.cache/bazel", true, C::builds, R::yellow, "Bazel"},
-        {"/home/me/.cache/huggingface/hub", true, C::caches, R::yellow, "Hugging Face"},
-        {"/home/me/.cache/mozilla", true, C::caches, R::green, "mozilla"},
-        {"/home/me/.cache/org.gnome.Software", true, C::caches, R::green, "Software"},
-        {"/home/me/.local/share/Trash", true, C::trash, R::yellow, "File manager"},
-        {"/home/me/.local/share/Trash/files/old.iso", false, C::trash, R::yellow, "File manager"},
-        {"/home/me/.local/share/containers/storage", true, C::docker, R::red, "Podman"},
-        {"/home/me/.local/share/docker", true, C::docker, R::red, "Docker"},
-        {"/home/me/.local/share/fonts", true, C::other, R::gray, std::nullopt},
-        {"/home/me/go/pkg/mod", true, C::packageManagers, R::green, "Go"},
-        {"/home/me/go/src", true, C::other, R::gray, std::nullopt},
-        {"/home/me/Videos", true, C::userData, R::red, std::nullopt},
-        {"/var/lib/docker/overlay2", true, C::docker, R::red, "Docker Engine"},
-        {"/var/lib/containerd", true, C::docker, R::red, "containerd"},
-        {"/var/lib/containers/storage", true, C::docker, R::red, "Podman"},
-        {"/var/lib/postgresql/16/main", true, C::databases, R::red, "System service"},
-        {"/var/lib/MySQL", true, C::databases, R::red, "System service"},
-        {"/var/lib/apt", true, C::other, R::gray, std::nullopt},
-        {"/var/cache/apt/archives", true, C::packageManagers, R::green, "APT"},
-        {"/var/tmp/x", true, C::temporary, R::gray, std::nullopt},
-        {"/tmp", true, C::temporary, R::gray, std::nullopt},
-        {"/tmp/build/node_modules", true, C::temporary, R::gray, std::nullopt},
-        {"/usr/lib/x86_64-linux-gnu", true, C::system, R::red, "Linux"},
-        {"/usr/local/bin", true, C::applications, R::gray, std::nullopt},
-        {"/opt/google/chrome", true, C::applications, R::gray, "google"},
-        {"/opt", true, C::applications, R::gray, std::nullopt},
-        {"/opt/homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
-        {"/usr/local/var/postgres", true, C::databases, R::red, "Homebrew service"},
-    });
+    expectAll(linuxCatalog(),
+              {
+                  {"/home/me/.cache", true, C::caches, R::yellow, std::nullopt},
+                  {"/home/me/.cache/pip", true, C::packageManagers, R::green, "pip"},
+                  {"/home/me/.cache/uv", true, C::packageManagers, R::green, "uv"},
+                  {"/home/me/.cache/yarn/v6", true, C::packageManagers, R::green, "Yarn"},
+                  {"/home/me/.cache/go-build", true, C::caches, R::green, "Go"},
+                  {"/home/me/.cache/ccache", true, C::caches, R::green, "ccache"},
+                  {"/home/me/.cache/bazel", true, C::builds, R::yellow, "Bazel"},
+                  {"/home/me/.cache/huggingface/hub", true, C::caches, R::yellow, "Hugging Face"},
+                  {"/home/me/.cache/mozilla", true, C::caches, R::green, "mozilla"},
+                  {"/home/me/.cache/org.gnome.Software", true, C::caches, R::green, "Software"},
+                  {"/home/me/.local/share/Trash", true, C::trash, R::yellow, "File manager"},
+                  {"/home/me/.local/share/Trash/files/old.iso", false, C::trash, R::yellow, "File manager"},
+                  {"/home/me/.local/share/containers/storage", true, C::docker, R::red, "Podman"},
+                  {"/home/me/.local/share/docker", true, C::docker, R::red, "Docker"},
+                  {"/home/me/.local/share/fonts", true, C::other, R::gray, std::nullopt},
+                  {"/home/me/go/pkg/mod", true, C::packageManagers, R::green, "Go"},
+                  {"/home/me/go/src", true, C::other, R::gray, std::nullopt},
+                  {"/home/me/Videos", true, C::userData, R::red, std::nullopt},
+                  {"/var/lib/docker/overlay2", true, C::docker, R::red, "Docker Engine"},
+                  {"/var/lib/containerd", true, C::docker, R::red, "containerd"},
+                  {"/var/lib/containers/storage", true, C::docker, R::red, "Podman"},
+                  {"/var/lib/postgresql/16/main", true, C::databases, R::red, "System service"},
+                  {"/var/lib/MySQL", true, C::databases, R::red, "System service"},
+                  {"/var/lib/apt", true, C::other, R::gray, std::nullopt},
+                  {"/var/cache/apt/archives", true, C::packageManagers, R::green, "APT"},
+                  {"/var/tmp/x", true, C::temporary, R::gray, std::nullopt},
+                  {"/tmp", true, C::temporary, R::gray, std::nullopt},
+                  {"/tmp/build/node_modules", true, C::temporary, R::gray, std::nullopt},
+                  {"/usr/lib/x86_64-linux-gnu", true, C::system, R::red, "Linux"},
+                  {"/usr/local/bin", true, C::applications, R::gray, std::nullopt},
+                  {"/opt/google/chrome", true, C::applications, R::gray, "google"},
+                  {"/opt", true, C::applications, R::gray, std::nullopt},
+                  {"/opt/homebrew/Cellar/git", true, C::packageManagers, R::yellow, "Homebrew"},
+                  {"/usr/local/var/postgres", true, C::databases, R::red, "Homebrew service"},
+              });
     EXPECT_EQ(linuxCatalog().classify("/home/me/.cache/pip", true).hint, "pip cache purge");
     EXPECT_EQ(linuxCatalog().classify("/tmp", true).hint,
               "Most systems clear /tmp at restart. Check for running processes first.");
 }
 
 TEST(SpaceCatalogTest, LinuxRulesNeverOverrideTheSharedRules) {
-    const SpaceCatalog withRoot("/home/me", {"/home/me/.cache/work"}, SpaceCatalog::Platform::linuxOS);
-    expectAll(withRoot, {
-        {"/home/me/.cache/work/src", true, C::projects, R::red, std::nullopt},  // project roots come first
-        {"/home/me/.ssh", true, C::credentials, R::red, std::nullopt},
-        {"/home/me/.npm", true, C::packageManagers, R::green, "npm"},
-        {"/home/me/Documents", true, C::userData, R::red, std::nullopt},
-        {"/home/me/src/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
-    });
+    const SpaceCatalog withRoot("/home/me", {"/home/me/.cache/work"}, Platform::linux);
+    expectAll(withRoot,
+              {
+                  {"/home/me/.cache/work/src", true, C::projects, R::red, std::nullopt},  // project roots come first
+                  {"/home/me/.ssh", true, C::credentials, R::red, std::nullopt},
+                  {"/home/me/.npm", true, C::packageManagers, R::green, "npm"},
+                  {"/home/me/Documents", true, C::userData, R::red, std::nullopt},
+                  {"/home/me/src/app/node_modules", true, C::nodeModules, R::yellow, "npm / yarn / pnpm"},
+              });
     // The same macOS paths give the same verdicts whichever catalogue is asked.
-    const SpaceCatalog linuxAtMacHome("/Users/me", {}, SpaceCatalog::Platform::linuxOS);
+    const SpaceCatalog linuxAtMacHome("/Users/me", {}, Platform::linux);
     for (const char* path : {"/Users/me/Library/Caches/com.apple.Safari", "/Applications/Xcode.app",
-                             "/private/var/folders/x", "/opt/homebrew/var/mysql", "/Users/me/.Trash",
-                             "/System/Library", "/Library/Developer/CoreSimulator/x", "/Volumes/X"})
+                             "/private/var/folders/x", "/opt/homebrew/var/mysql", "/Users/me/.Trash", "/System/Library",
+                             "/Library/Developer/CoreSimulator/x", "/Volumes/X"})
         EXPECT_EQ(linuxAtMacHome.classify(path, true), macCatalog().classify(path, true)) << path;
 }
 
@@ -545,7 +554,8 @@ TEST(SpaceCatalogTest, VerdictKeepsTheOwnerAsARangeOfThePath) {
     EXPECT_EQ(expanded.application, std::nullopt);
     EXPECT_EQ(expanded.category, C::caches);
     // A verdict from nowhere expands to the unknown classification.
-    EXPECT_EQ(macCatalog().expand(SpaceVerdict{60000, C::caches, R::green, 0, 0}, path), SpaceClassification::unknown());
+    EXPECT_EQ(macCatalog().expand(SpaceVerdict{60000, C::caches, R::green, 0, 0}, path),
+              SpaceClassification::unknown());
 }
 
 TEST(SpaceCatalogTest, ProjectRuleVerdictsBelongToTheirCatalogue) {
@@ -562,11 +572,11 @@ TEST(SpaceCatalogTest, ProjectRuleVerdictsBelongToTheirCatalogue) {
 // point inside its own path and expand to the same classification classify gives.
 TEST(SpaceCatalogTest, ArbitraryPathsGetConsistentVerdicts) {
     const std::array<std::string_view, 24> words{
-        "/", "//", "Users", "me", "Library", "Caches", "Developer", "Xcode", "DerivedData", "opt", "homebrew",
-        "var", "MySQL", "private", "tmp", "System", "Volumes", "Data", "Applications", ".app", "com.a.b", ".cache",
-        "lib", "node_modules"};
+        "/",           "//",   "Users",        "me",   "Library", "Caches",  "Developer", "Xcode",
+        "DerivedData", "opt",  "homebrew",     "var",  "MySQL",   "private", "tmp",       "System",
+        "Volumes",     "Data", "Applications", ".app", "com.a.b", ".cache",  "lib",       "node_modules"};
     const SpaceCatalog catalogs[] = {SpaceCatalog("/Users/me", {"/Users/me/Developer"}),
-                                     SpaceCatalog("/Users/me", {}, SpaceCatalog::Platform::linuxOS)};
+                                     SpaceCatalog("/Users/me", {}, Platform::linux)};
     std::uint32_t state = 12345;
     auto next = [&state] {
         state = state * 1664525u + 1013904223u;

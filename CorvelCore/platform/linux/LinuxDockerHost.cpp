@@ -19,10 +19,6 @@ constexpr std::int64_t blockUnit = 512;  // st_blocks is counted in 512-byte uni
 
 }  // namespace
 
-std::string LocalDockerHost::platform() const {
-    return "linux";
-}
-
 std::optional<DockerFileFacts> LocalDockerHost::folderFacts(const std::string& path) const {
     struct stat rootFacts {};
     if (stat(path.c_str(), &rootFacts) != 0 || !S_ISDIR(rootFacts.st_mode) || access(path.c_str(), R_OK | X_OK) != 0)

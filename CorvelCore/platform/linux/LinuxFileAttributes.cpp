@@ -1,9 +1,6 @@
 // FileAttributes on Linux: statx for the size facts, the FIEMAP ioctl for extents. Only the
 // system calls live here; FiemapReply decodes what the kernel writes.
 #include <fcntl.h>
-#include <linux/fiemap.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/sysmacros.h>
@@ -16,6 +13,8 @@
 #include <limits>
 
 #include "common/CheckedArithmetic.h"
+#include "common/UniqueFd.h"
+#include "platform/linux/FiemapQuery.h"
 #include "space/BlockSharing.h"
 #include "space/FiemapReply.h"
 #include "space/FileAttributes.h"
@@ -24,70 +23,15 @@ namespace corvel {
 
 namespace {
 
-static_assert(FiemapReply::headerBytes == sizeof(struct fiemap));
-static_assert(FiemapReply::extentBytes == sizeof(struct fiemap_extent));
-static_assert(FiemapReply::mappedExtentsOffset == offsetof(struct fiemap, fm_mapped_extents));
-static_assert(FiemapReply::extentCountOffset == offsetof(struct fiemap, fm_extent_count));
-static_assert(FiemapReply::flagShared == FIEMAP_EXTENT_SHARED);
-static_assert(FiemapReply::flagLast == FIEMAP_EXTENT_LAST);
-static_assert(FiemapReply::flagUnknown == FIEMAP_EXTENT_UNKNOWN);
-static_assert(FiemapReply::flagInline == FIEMAP_EXTENT_DATA_INLINE);
-
 // The kernel's 32-bit device encoding (new_encode_dev), so that devices fit FileSizeFacts.
 std::int32_t encodeDevice(unsigned int major, unsigned int minor) {
     const std::uint32_t encoded = (minor & 0xFFu) | (major << 8) | ((minor & ~0xFFu) << 12);
     return std::bit_cast<std::int32_t>(encoded);
 }
 
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) close(fd_);
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-
-private:
-    int fd_;
-};
-
 // O_NONBLOCK keeps a FIFO that replaced a file between listing and opening from blocking us.
 int openForExtents(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-}
-
-// Every extent of the file, asked for in batches. FIEMAP_FLAG_SYNC writes delayed allocations
-// out first, so freshly written data has real device offsets instead of "unknown".
-std::optional<std::vector<FiemapExtent>> queryExtents(int fd) {
-    constexpr std::uint32_t batchExtents = 256;
-    constexpr std::size_t bufferBytes = FiemapReply::headerBytes + batchExtents * FiemapReply::extentBytes;
-    std::vector<std::uint64_t> storage(bufferBytes / sizeof(std::uint64_t));
-    std::vector<FiemapExtent> extents;
-    std::uint64_t start = 0;
-    for (bool first = true;; first = false) {
-        std::fill(storage.begin(), storage.end(), 0);
-        auto* request = reinterpret_cast<struct fiemap*>(storage.data());
-        request->fm_start = start;
-        request->fm_length = FIEMAP_MAX_OFFSET - start;
-        request->fm_flags = FIEMAP_FLAG_SYNC;
-        request->fm_extent_count = batchExtents;
-        if (ioctl(fd, FS_IOC_FIEMAP, request) != 0) {
-            if (first) return std::nullopt;
-            break;
-        }
-        const auto batch = FiemapReply::decode(std::as_bytes(std::span(storage)));
-        if (!batch) {
-            if (first) return std::nullopt;
-            break;
-        }
-        extents.insert(extents.end(), batch->extents.begin(), batch->extents.end());
-        const auto next = FiemapReply::nextStart(*batch, start);
-        if (!next) break;
-        start = *next;
-    }
-    return extents;
 }
 
 std::int64_t allocatedBytesOf(std::uint64_t blocks) {
@@ -103,9 +47,9 @@ std::optional<std::int64_t> exclusiveBytesOf(const std::string& path, std::int64
     if (statfs(path.c_str(), &fileSystem) != 0) return std::nullopt;
     if (!BlockSharing::canShareBlocks(static_cast<std::uint64_t>(fileSystem.f_type))) return allocated;
     if (allocated == 0) return 0;
-    FileDescriptor fd(openForExtents(path));
+    UniqueFd fd(openForExtents(path));
     if (fd.get() < 0) return std::nullopt;
-    const auto extents = queryExtents(fd.get());
+    const auto extents = FiemapQuery::extents(fd.get(), FiemapQuery::Mode::syncFirst);
     if (!extents) return std::nullopt;
     // Extent lengths and st_blocks can disagree by metadata blocks; never claim more than the
     // file holds.
@@ -142,9 +86,9 @@ std::optional<FileSizeFacts> FileAttributes::facts(const std::string& path) {
 std::optional<std::vector<ExtentRange>> FileAttributes::physicalExtents(const std::string& path,
                                                                         std::int64_t logicalSize) {
     if (logicalSize < 1) return std::vector<ExtentRange>{};
-    FileDescriptor fd(openForExtents(path));
+    UniqueFd fd(openForExtents(path));
     if (fd.get() < 0) return std::nullopt;
-    const auto extents = queryExtents(fd.get());
+    const auto extents = FiemapQuery::extents(fd.get(), FiemapQuery::Mode::syncFirst);
     if (!extents) return std::nullopt;
     return FiemapReply::physicalRanges(*extents);
 }

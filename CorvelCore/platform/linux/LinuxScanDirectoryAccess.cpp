@@ -4,26 +4,27 @@
 // macOS in platform/posix/PosixScanDirectoryAccess.cpp.
 #include "space/ScanDirectoryAccess.h"
 
+#include "common/UniqueFd.h"
+#include "platform/linux/FiemapQuery.h"
 #include "platform/posix/PosixStatus.h"
 #include "space/DirentBuffer.h"
 #include "space/FiemapReply.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
-#include <linux/fiemap.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstring>
 
 namespace corvel::PosixStatus {
 
 // Linux keeps the POSIX name for the modification time.
-const struct timespec& modifiedTime(const struct stat& st) { return st.st_mtim; }
+const struct timespec& modifiedTime(const struct stat& st) {
+    return st.st_mtim;
+}
 
 }  // namespace corvel::PosixStatus
 
@@ -84,34 +85,13 @@ std::uint64_t fileSystemMagic(int handle) {
 std::optional<CloneFacts> cloneFactsAt(int directory, const char* name, std::int64_t logicalBytes) {
     CloneFacts facts;
     if (logicalBytes < 1) return facts;
-    const int fd = ::openat(directory, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) return std::nullopt;
-    constexpr std::size_t batchExtents = 64;
-    alignas(8) std::byte buffer[FiemapReply::headerBytes + batchExtents * FiemapReply::extentBytes];
-    std::uint64_t start = 0;
-    bool mappedAny = false;
-    for (;;) {
-        std::memset(buffer, 0, sizeof buffer);
-        struct fiemap request {};
-        request.fm_start = start;
-        request.fm_length = FIEMAP_MAX_OFFSET - start;
-        request.fm_extent_count = batchExtents;
-        std::memcpy(buffer, &request, sizeof request);
-        if (::ioctl(fd, FS_IOC_FIEMAP, buffer) != 0) break;
-        const auto batch = FiemapReply::decode(std::span<const std::byte>(buffer, sizeof buffer));
-        if (!batch) break;
-        mappedAny = true;
-        facts.exclusiveBytes += FiemapReply::exclusiveBytes(batch->extents);
-        if (facts.firstPhysicalOffset < 0) {
-            const auto ranges = FiemapReply::physicalRanges(batch->extents);
-            if (!ranges.empty()) facts.firstPhysicalOffset = ranges.front().lower;
-        }
-        const auto next = FiemapReply::nextStart(*batch, start);
-        if (!next) break;
-        start = *next;
-    }
-    ::close(fd);
-    if (!mappedAny) return std::nullopt;
+    const UniqueFd fd(::openat(directory, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (!fd) return std::nullopt;
+    const auto extents = FiemapQuery::extents(fd.get(), FiemapQuery::Mode::plain);
+    if (!extents) return std::nullopt;
+    facts.exclusiveBytes = FiemapReply::exclusiveBytes(*extents);
+    const auto ranges = FiemapReply::physicalRanges(*extents);
+    if (!ranges.empty()) facts.firstPhysicalOffset = ranges.front().lower;
     return facts;
 }
 

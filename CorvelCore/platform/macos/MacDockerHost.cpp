@@ -5,10 +5,6 @@
 
 namespace corvel {
 
-std::string LocalDockerHost::platform() const {
-    return "macos";
-}
-
 std::optional<DockerFileFacts> LocalDockerHost::folderFacts(const std::string&) const {
     return std::nullopt;
 }

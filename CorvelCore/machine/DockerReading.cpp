@@ -1,15 +1,12 @@
-#include "DockerAccess.h"
+#include "machine/DockerReading.h"
 
-#include "CliErrors.h"
-#include "command/RecordedCommandRunner.h"
 #include "docker/DockerClient.h"
 #include "docker/LocalDockerHost.h"
 #include "docker/RecordedDockerHost.h"
 
-#include <cstdlib>
 #include <memory>
 
-namespace corvel::cli {
+namespace corvel {
 namespace {
 
 // Where a recorded machine's shell would have looked when the recording does not say.
@@ -21,15 +18,15 @@ std::vector<std::string> mountPoints(const StorageSnapshot& snapshot) {
     return result;
 }
 
-DockerClient::Environment liveEnvironment() {
-    DockerClient::Environment environment;
+Environment liveEnvironment(const Environment& inherited) {
+    Environment environment;
     for (const char* name : {"PATH", "HOME"})
-        if (const char* value = std::getenv(name); value && *value) environment[name] = value;
+        if (auto value = lookup(inherited, name)) environment[name] = *value;
     return environment;
 }
 
-DockerClient::Environment recordedEnvironment(const RecordedMachine& machine) {
-    DockerClient::Environment environment{{"HOME", machine.home}, {"PATH", recordedDefaultPath}};
+Environment recordedEnvironment(const RecordedMachine& machine) {
+    Environment environment{{"HOME", machine.home}, {"PATH", recordedDefaultPath}};
     const auto recorded = machine.document.find("environment");
     if (recorded != machine.document.end() && recorded->is_object())
         for (const auto& [name, value] : recorded->items())
@@ -39,42 +36,42 @@ DockerClient::Environment recordedEnvironment(const RecordedMachine& machine) {
 
 }  // namespace
 
-DockerReading readDocker(CliContext& context, const StorageSnapshot& snapshot) {
+DockerReading DockerReading::read(Machine& machine, const StorageSnapshot& snapshot) {
     DockerReading reading;
     std::unique_ptr<DockerHostProbing> host;
-    DockerClient::Environment environment;
-    if (const auto* machine = context.recording()) {
+    Environment environment;
+    if (const auto* recording = machine.recording()) {
         try {
             host = std::make_unique<RecordedDockerHost>(
-                machine->document, machine->directory, mountPoints(snapshot),
-                [&context](const std::string& executable) { return context.toolInstalled(executable); });
+                recording->document, recording->directory, mountPoints(snapshot),
+                [&machine](const std::string& executable) { return machine.toolInstalled(executable); });
         } catch (const RecordingError& error) {
-            throw UsageError(std::string("--replay: ") + error.what());
+            throw MachineError(std::string("--replay: ") + error.what());
         }
-        environment = recordedEnvironment(*machine);
+        environment = recordedEnvironment(*recording);
     } else {
         host = std::make_unique<LocalDockerHost>(mountPoints(snapshot));
-        environment = liveEnvironment();
+        environment = liveEnvironment(machine.environment());
     }
 
     reading.platform = host->platform();
-    auto client = DockerClient::make(context.runner(dockerTimeoutSeconds), environment, *host);
+    auto client = DockerClient::make(machine.runner(ToolTimeout::inventory), environment, *host);
     if (!client) return reading;
     reading.executable = client->commandPolicy().executable;
-    reading.inventory = client->inventory(context.home(), context.now());
+    reading.inventory = client->inventory(machine.home(), machine.now());
     return reading;
 }
 
-std::string engineNotRunningTitle() {
+std::string DockerReading::engineNotRunningTitle() {
     return "Docker engine not running";
 }
 
-std::string engineNotRunningHint(const std::string& platform, bool imageFound) {
-    if (platform == "linux")
+std::string DockerReading::engineNotRunningHint(Platform platform, bool imageFound) {
+    if (platform == Platform::linux)
         return std::string("Start the Docker engine (or Docker Desktop) to see images, containers and volumes.") +
                (imageFound ? " Its data is still measured from Linux." : "");
     return std::string("Start Docker Desktop to see images, containers and volumes.") +
            (imageFound ? " The disk image is still measured from macOS." : "");
 }
 
-}  // namespace corvel::cli
+}  // namespace corvel
