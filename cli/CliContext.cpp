@@ -1,6 +1,7 @@
 #include "CliContext.h"
 
 #include "CliErrors.h"
+#include "common/Text.h"
 
 namespace corvel::cli {
 
@@ -31,6 +32,17 @@ Machine& CliContext::machine() {
         }
     }
     return *machine_;
+}
+
+bool CliContext::confirm(const std::string& question, bool assumeYes) {
+    if (assumeYes) return true;
+    if (!in_ || !inIsTerminal_ || !errIsTerminal_)
+        throw UsageError("this needs your confirmation: run it on a terminal, or add --yes to confirm in advance");
+    err_ << question << ' ' << std::flush;
+    std::string answer;
+    if (!std::getline(*in_, answer)) return false;
+    const auto word = toLower(trim(answer));
+    return word == "y" || word == "yes";
 }
 
 void CliContext::printJson(const Json& document) {

@@ -37,8 +37,15 @@ public:
     const Style& style() const { return style_; }
     // Progress lines are for people watching a terminal, never for pipes or logs.
     bool showProgress() const { return errIsTerminal_; }
-    // Questions ("Unmount …? [y/N]") need a person at a terminal on both ends.
-    bool isInteractive() const { return outIsTerminal_ && errIsTerminal_; }
+    // Where answers to questions come from (standard input in the program; a script in tests).
+    void setInput(std::istream& in, bool isTerminal) {
+        in_ = &in;
+        inIsTerminal_ = isTerminal;
+    }
+    // Asks `question` (e.g. "Unmount Volume disk4s1 (Backup)? [y/N]") on stderr and reads the
+    // answer: true only for "y" or "yes". With `assumeYes` (--yes) nothing is asked. Without a
+    // person at a terminal it refuses with a UsageError that names `--yes`.
+    bool confirm(const std::string& question, bool assumeYes);
     const Environment& environment() const { return environment_; }
 
     // One JSON document on stdout, nothing else.
@@ -53,6 +60,8 @@ private:
     Style style_;
     bool outIsTerminal_;
     bool errIsTerminal_;
+    std::istream* in_ = nullptr;
+    bool inIsTerminal_ = false;
     Environment environment_;
     GlobalOptions options_;
     std::optional<Machine> machine_;

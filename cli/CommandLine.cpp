@@ -4,6 +4,8 @@
 #include "common/AtomicFile.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <set>
 
 namespace corvel::cli {
@@ -112,6 +114,12 @@ int runCommandLine(int argc, const char* const* argv, CliContext& context, const
     try {
         app.parse(arguments);
         if (app.get_subcommands().empty()) context.out() << app.help();
+        // A full disk or a closed pipe must not look like success to a script.
+        context.out().flush();
+        if (!context.out()) {
+            err << programName << ": could not write the output (" << std::strerror(errno ? errno : EIO) << ")\n";
+            return 1;
+        }
         return 0;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {

@@ -3,6 +3,7 @@
 // tools keep their caches, SDKs and toolchains.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "LongWork.h"
 
 #include "common/ByteFormat.h"
 #include "common/DataFolder.h"
@@ -26,27 +27,6 @@ struct FootprintOptions {
 };
 
 // Progress goes to a terminal's stderr on one line that is rewritten, then erased.
-class ProgressLine {
-public:
-    explicit ProgressLine(CliContext& context) : context_(context) {}
-    ~ProgressLine() { clear(); }
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
-
-    void show(const std::string& text) {
-        if (!context_.showProgress()) return;
-        context_.err() << "\r\033[K" << text << std::flush;
-        shown_ = true;
-    }
-    void clear() {
-        if (shown_) context_.err() << "\r\033[K" << std::flush;
-        shown_ = false;
-    }
-
-private:
-    CliContext& context_;
-    bool shown_ = false;
-};
 
 bool isInside(const std::string& path, const std::string& folder) {
     if (folder == "/") return path.size() > 1 && path.front() == '/';

@@ -3,6 +3,7 @@
 // what it measured, marked as partial, and saves the summary the insights read.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "LongWork.h"
 #include "common/ByteFormat.h"
 #include "common/PathText.h"
 #include "space/ScanReporting.h"
@@ -13,7 +14,6 @@
 
 #include <fmt/format.h>
 
-#include <pthread.h>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -34,41 +34,6 @@ struct ScanCommandOptions {
     bool duplicates = true;
 };
 
-// Turns Ctrl-C into a cancellation request for as long as it lives: SIGINT is blocked in this
-// thread (and so in every walker thread started from it) and collected by one waiting thread.
-class InterruptWatch {
-public:
-    InterruptWatch() {
-        sigemptyset(&signals_);
-        sigaddset(&signals_, SIGINT);
-        pthread_sigmask(SIG_BLOCK, &signals_, &previous_);
-        waiter_ = std::thread([this] {
-            int received = 0;
-            while (sigwait(&signals_, &received) == 0) {
-                if (closing_.load()) return;
-                interrupted_.store(true);
-            }
-        });
-    }
-    ~InterruptWatch() {
-        closing_.store(true);
-        pthread_kill(waiter_.native_handle(), SIGINT);
-        waiter_.join();
-        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
-    }
-    InterruptWatch(const InterruptWatch&) = delete;
-    InterruptWatch& operator=(const InterruptWatch&) = delete;
-
-    bool interrupted() const { return interrupted_.load(); }
-
-private:
-    sigset_t signals_{};
-    sigset_t previous_{};
-    std::atomic<bool> interrupted_{false};
-    std::atomic<bool> closing_{false};
-    std::thread waiter_;
-};
-
 std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
     const double rate = seconds > 0 ? static_cast<double>(now.files) / seconds : 0;
     std::string line =
@@ -84,18 +49,7 @@ std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
 }
 
 std::string riskText(const Style& style, CleanupRisk risk) {
-    const std::string text(label(risk));
-    switch (risk) {
-        case CleanupRisk::green:
-            return style.green(text);
-        case CleanupRisk::yellow:
-            return style.yellow(text);
-        case CleanupRisk::red:
-            return style.red(text);
-        case CleanupRisk::gray:
-            return style.dim(text);
-    }
-    return text;
+    return style.tone(toneOf(risk), label(risk));
 }
 
 void addTreeRows(Table& table, const Style& style, const SpaceNode& node, const SpaceNode* parent, int depth) {
@@ -202,24 +156,20 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
     const auto started = std::chrono::steady_clock::now();
     ScanTree tree;
     bool interrupted = false;
-    {
-        InterruptWatch watch;
-        auto walk = std::async(std::launch::async, [&] {
-            return SpaceScanner::scan(root, scanOptions, progress, [&watch] { return watch.interrupted(); });
-        });
-        const bool show = context.showProgress() && !context.json();
-        while (walk.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
-            if (!show) continue;
-            const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-            context.err() << "\r\033[K" << progressLine(progress.snapshot(), seconds) << std::flush;
-        }
-        if (show) context.err() << "\r\033[K" << std::flush;
-        try {
-            tree = walk.get();
-        } catch (const SpaceScanError& failure) {
-            throw CommandFailure(failure.what());
-        }
-        interrupted = watch.interrupted();
+    try {
+        auto outcome = runLongWork(
+            context,
+            [&](const CancelCheck& isCancelled) {
+                return SpaceScanner::scan(root, scanOptions, progress, isCancelled);
+            },
+            [&] {
+                return progressLine(progress.snapshot(),
+                                    std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count());
+            });
+        tree = std::move(outcome.result);
+        interrupted = outcome.interrupted;
+    } catch (const SpaceScanError& failure) {
+        throw CommandFailure(failure.what());
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 

@@ -1,5 +1,8 @@
 #include "Terminal.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -39,6 +42,40 @@ std::size_t displayWidth(std::string_view text) {
         if ((c & 0xC0) != 0x80) ++width;
     }
     return width;
+}
+
+std::size_t terminalColumns(const Environment& environment) {
+    struct winsize size {};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 10) return size.ws_col;
+    if (auto columns = lookup(environment, "COLUMNS")) {
+        try {
+            const long value = std::stol(*columns);
+            if (value > 10 && value < 10000) return static_cast<std::size_t>(value);
+        } catch (const std::exception&) {
+        }
+    }
+    return 80;
+}
+
+std::string elideMiddle(std::string_view text, std::size_t width) {
+    if (displayWidth(text) <= width) return std::string(text);
+    if (width < 2) return std::string("\u2026").substr(0, width ? 3 : 0);
+    // Split by code points so that a multi-byte character is never cut in half.
+    std::vector<std::string_view> points;
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t length = 1;
+        while (i + length < text.size() && (static_cast<unsigned char>(text[i + length]) & 0xC0) == 0x80) ++length;
+        points.push_back(text.substr(i, length));
+        i += length;
+    }
+    const std::size_t keep = width - 1;
+    const std::size_t head = keep / 2;
+    const std::size_t tail = keep - head;
+    std::string result;
+    for (std::size_t i = 0; i < head; ++i) result += points[i];
+    result += "\u2026";
+    for (std::size_t i = points.size() - tail; i < points.size(); ++i) result += points[i];
+    return result;
 }
 
 void Table::print(std::ostream& out, std::string_view indent) const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/EnumTable.h"
+#include "common/Environment.h"
 #include "common/Json.h"
 
 #include <cstdint>
@@ -56,6 +57,13 @@ std::string usageBar(double fraction, int width);
 
 // "1,234,567": counts of files and folders, grouped so that people can read them at a glance.
 std::string groupedCount(std::int64_t value);
+
+// The width of the terminal on stderr (or $COLUMNS, else 80).
+std::size_t terminalColumns(const Environment& environment);
+
+// `text` cut to `width` displayed characters by replacing its middle with "…", so that both the
+// start of a path and its file name stay readable.
+std::string elideMiddle(std::string_view text, std::size_t width);
 
 // "42%" for 0.42.
 std::string percent(double fraction);

@@ -1,12 +1,13 @@
 // velmora: the command line. Every capability of the core is reachable here first.
 #include "Commands.h"
 
-#include <iostream>
 #include <unistd.h>
+#include <iostream>
 
 int main(int argc, char** argv) {
     using namespace corvel::cli;
     CliContext context(std::cout, std::cerr, ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1);
+    context.setInput(std::cin, ::isatty(STDIN_FILENO) == 1);
     return runCommandLine(argc, argv, context, [](CLI::App& app, CliContext& ctx) {
         // One line per command family.
         registerFootprintCommands(app, ctx);

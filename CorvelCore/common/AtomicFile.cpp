@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include <utility>
@@ -51,13 +52,20 @@ void write(const std::filesystem::path& path, std::string_view contents) {
     if (::rename(temporary.c_str(), path.c_str()) != 0) discard(errno);
 }
 
-std::optional<std::string> read(const std::filesystem::path& path) {
-    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (fd.get() < 0) {
+std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit) {
+    // O_NONBLOCK: opening a FIFO must not wait for a writer that never comes.
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!fd) {
         if (errno == ENOENT) return std::nullopt;
         fail(path, "read", errno);
     }
+    struct stat facts {};
+    if (::fstat(fd.get(), &facts) != 0) fail(path, "read", errno);
+    if (!S_ISREG(facts.st_mode)) throw FileError("Could not read " + path.string() + ": not a regular file");
+    if (static_cast<std::uint64_t>(facts.st_size) > limit)
+        throw FileError("Could not read " + path.string() + ": larger than " + std::to_string(limit) + " bytes");
     std::string contents;
+    contents.reserve(static_cast<std::size_t>(facts.st_size));
     char buffer[65536];
     for (;;) {
         const ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
@@ -67,6 +75,9 @@ std::optional<std::string> read(const std::filesystem::path& path) {
         }
         if (got == 0) break;
         contents.append(buffer, static_cast<std::size_t>(got));
+        // A file that grows while we read it (a log being written) is still bounded.
+        if (contents.size() > limit)
+            throw FileError("Could not read " + path.string() + ": larger than " + std::to_string(limit) + " bytes");
     }
     return contents;
 }

@@ -6,6 +6,7 @@
 //   if (auto text = AtomicFile::read(path)) { ... }   // nullopt: no such file
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -25,8 +26,13 @@ namespace AtomicFile {
 // Creates missing parent folders. Throws FileError; on failure the old file is untouched.
 void write(const std::filesystem::path& path, std::string_view contents);
 
-// nullopt when the file does not exist; FileError when it exists but cannot be read.
-std::optional<std::string> read(const std::filesystem::path& path);
+// Files Velmora reads are small documents; anything larger is not one of ours.
+inline constexpr std::size_t defaultReadLimit = 64u << 20;
+
+// nullopt when the file does not exist; FileError when it exists but cannot be read, is not a
+// regular file (a folder, a FIFO, a device such as /dev/zero) or is larger than `limit` bytes.
+// Never blocks on a FIFO and never reads without end.
+std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit = defaultReadLimit);
 
 }  // namespace AtomicFile
 }  // namespace corvel

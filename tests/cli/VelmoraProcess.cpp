@@ -129,7 +129,7 @@ Outcome velmoraInProcess(const std::vector<std::string>& arguments, const cli::C
 }
 
 std::string machine(const std::string& name) {
-    return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name;
+    return testing::machineFolder(name);
 }
 
 std::string lineWith(const std::string& text, const std::string& needle) {
@@ -138,26 +138,6 @@ std::string lineWith(const std::string& text, const std::string& needle) {
         if (line.find(needle) != std::string::npos) return line;
     }
     return "";
-}
-
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "velmora-cli-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("cannot make a temporary folder " + pattern + ": " + std::strerror(errno));
-    root_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(root_, ignored);
-}
-
-void TemporaryFolder::write(const std::string& relative, const std::string& contents) const {
-    const auto target = root_ / relative;
-    std::filesystem::create_directories(target.parent_path());
-    std::ofstream file(target, std::ios::binary);
-    file << contents;
-    if (!file) throw std::runtime_error("cannot write " + target.string());
 }
 
 }  // namespace corvel::clitest

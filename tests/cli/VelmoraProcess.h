@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Commands.h"
+#include "support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <string>
@@ -37,23 +38,6 @@ std::string machine(const std::string& name);
 // The line of `text` that contains `needle`, or "" when none does.
 std::string lineWith(const std::string& text, const std::string& needle);
 
-// A fresh folder under the system's temporary folder, removed with everything in it at the end.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& root() const { return root_; }
-    std::string path() const { return root_.string(); }
-    std::string path(const std::string& relative) const { return (root_ / relative).string(); }
-
-    // Writes `contents` to `relative`, making the folders on the way.
-    void write(const std::string& relative, const std::string& contents) const;
-
-private:
-    std::filesystem::path root_;
-};
+using testing::TemporaryFolder;
 
 }  // namespace corvel::clitest
