@@ -46,7 +46,8 @@ bool CliContext::confirm(const std::string& question, bool assumeYes) {
 }
 
 void CliContext::printJson(const Json& document) {
-    out_ << document.dump(2) << '\n';
+    // Names that are not UTF-8 (legal on every Unix file system) must not abort the output.
+    out_ << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 void CliContext::printSource() {

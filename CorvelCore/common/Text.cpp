@@ -1,5 +1,7 @@
 #include "common/Text.h"
 
+#include <cstdint>
+
 namespace corvel {
 namespace {
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
@@ -65,6 +67,84 @@ std::string join(const std::vector<std::string>& parts, std::string_view separat
         result.append(parts[i]);
     }
     return result;
+}
+
+namespace {
+
+void appendHexEscape(std::string& out, unsigned char byte) {
+    static constexpr char digits[] = "0123456789abcdef";
+    out += "\\x";
+    out += digits[byte >> 4];
+    out += digits[byte & 0x0F];
+}
+
+// Length of the valid UTF-8 sequence starting at `i` (1 to 4), or 0 when it is not valid.
+std::size_t validSequenceLength(std::string_view text, std::size_t i) {
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char lead = byte(i);
+    std::size_t length = 0;
+    std::uint32_t point = 0;
+    if (lead < 0x80) return 1;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        point = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        point = lead & 0x0F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        point = lead & 0x07;
+    } else {
+        return 0;
+    }
+    if (i + length > text.size()) return 0;
+    for (std::size_t k = 1; k < length; ++k) {
+        if ((byte(i + k) & 0xC0) != 0x80) return 0;
+        point = (point << 6) | (byte(i + k) & 0x3F);
+    }
+    // Overlong forms, surrogates and values past U+10FFFF are not valid UTF-8.
+    if ((length == 3 && point < 0x800) || (length == 4 && (point < 0x10000 || point > 0x10FFFF)) ||
+        (point >= 0xD800 && point <= 0xDFFF))
+        return 0;
+    return length;
+}
+
+}  // namespace
+
+std::string terminalSafe(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x20 && c < 0x7F) {
+            if (c == '\\') out += '\\';
+            out += static_cast<char>(c);
+            ++i;
+            continue;
+        }
+        const std::size_t length = validSequenceLength(text, i);
+        if (length == 1) {  // a C0 control character or DEL
+            switch (c) {
+                case '\n': out += "\\n"; break;
+                case '\r': out += "\\r"; break;
+                case '\t': out += "\\t"; break;
+                default: appendHexEscape(out, c);
+            }
+            i += 1;
+        } else if (length == 0) {
+            appendHexEscape(out, c);
+            i += 1;
+        } else if (length == 2 && c == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+            // U+0080 to U+009F: C1 controls, which some terminals obey (CSI is U+009B).
+            appendHexEscape(out, c);
+            appendHexEscape(out, static_cast<unsigned char>(text[i + 1]));
+            i += 2;
+        } else {
+            out.append(text.substr(i, length));
+            i += length;
+        }
+    }
+    return out;
 }
 
 }  // namespace corvel

@@ -19,4 +19,10 @@ std::string replaceAll(std::string_view text, std::string_view from, std::string
 std::vector<std::string> split(std::string_view text, char separator);
 std::string join(const std::vector<std::string>& parts, std::string_view separator);
 
+// `text` made safe to print on a terminal: control characters (C0, DEL, C1) and bytes that are not
+// valid UTF-8 become visible escapes ("\n", "\t", "\x1b", "\xff"), and a backslash is doubled,
+// so a file name can neither recolour the screen nor forge or hide a line. Valid UTF-8 letters,
+// accents and emoji pass unchanged. Use it on every name or path printed as text (never in JSON).
+std::string terminalSafe(std::string_view text);
+
 }  // namespace corvel

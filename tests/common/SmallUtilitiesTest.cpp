@@ -44,3 +44,27 @@ TEST(DataFolder, FollowsEachPlatformsConvention) {
     // A relative XDG value is invalid and ignored.
     EXPECT_EQ(defaultDataFolder(Platform::linux, "/home/me", "relative"), "/home/me/.local/share/velmora");
 }
+
+namespace {
+
+TEST(TerminalSafe, ControlCharactersAndBrokenUTF8BecomeVisible) {
+    const struct {
+        std::string raw;
+        std::string shown;
+    } cases[] = {
+        {"plain name.txt", "plain name.txt"},
+        {"caf\xC3\xA9 \xF0\x9F\x93\x81", "caf\xC3\xA9 \xF0\x9F\x93\x81"},  // accents and emoji stay
+        {"evil\x1B[31mred", "evil\\x1b[31mred"},                            // escape sequence
+        {"two\nlines\rhidden\tcol", "two\\nlines\\rhidden\\tcol"},
+        {"del\x7F", "del\\x7f"},
+        {"c1\xC2\x9B" "2J", "c1\\xc2\\x9b2J"},  // a C1 CSI
+        {"bad\xFF\xFE", "bad\\xff\\xfe"},
+        {"overlong\xC0\xAF", "overlong\\xc0\\xaf"},
+        {"cut\xE2\x82", "cut\\xe2\\x82"},
+        {"back\\slash", "back\\\\slash"},  // so that "\x1b" typed in a name is told apart
+        {std::string("nul\0x", 5), "nul\\x00x"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(terminalSafe(c.raw), c.shown) << c.raw;
+}
+
+}  // namespace
