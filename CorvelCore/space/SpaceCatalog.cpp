@@ -1,6 +1,8 @@
 #include "space/SpaceCatalog.h"
 
+#include "common/CanonicalText.h"
 #include "common/Text.h"
+#include "space/SpaceCatalogTable.h"
 
 #include <algorithm>
 #include <limits>
@@ -8,295 +10,9 @@
 
 namespace corvel {
 
+using namespace SpaceCatalogTable;
+
 namespace {
-
-// Every fixed verdict the catalogue can give. A verdict stores the rule's number, so this list and
-// the table built in fixedRules() must stay in the same order.
-enum class Rule : std::uint16_t {
-    unknown,
-    // Folder names, wherever they lie.
-    nodeModules,
-    virtualEnvironment,
-    buildOutput,
-    frameworkBuildCache,
-    pythonCache,
-    gitRepository,
-    // The home folder.
-    homeFolder,
-    homeTrash,
-    homeCredentials,
-    homePersonal,
-    homeDownloads,
-    homeNpm,
-    homeGradleCaches,
-    homeMaven,
-    homeCargoRegistry,
-    homeToolchains,
-    homeProjectDirectory,
-    // The home folder's Library.
-    libraryFolder,
-    libraryCachesFolder,
-    libraryXcodeCache,
-    libraryHomebrewCache,
-    libraryAppCache,
-    libraryLogs,
-    libraryDockerDesktop,
-    libraryContainers,
-    libraryWhatsAppGroup,
-    libraryDockerGroup,
-    libraryOfficeGroup,
-    libraryGroupContainers,
-    libraryApplicationSupport,
-    libraryKeychains,
-    libraryPersonal,
-    libraryOther,
-    // The home folder's Library/Developer.
-    developerDerivedData,
-    developerArchives,
-    developerDeviceSupport,
-    developerCoreSimulator,
-    developerOther,
-    // Outside the home folder.
-    systemHomebrewDatabase,
-    systemApplications,
-    systemHomebrewCellar,
-    systemPackagePrefix,
-    systemPrivateTmp,
-    systemChromeClones,
-    systemSwap,
-    systemVarFolders,
-    systemPrivate,
-    systemSystem,
-    systemSimulatorRuntimes,
-    systemLibrary,
-    // Linux homes of the same kinds of data.
-    linuxCacheFolder,
-    linuxAppCache,
-    linuxPipCache,
-    linuxUvCache,
-    linuxYarnCache,
-    linuxGoBuildCache,
-    linuxCompilerCache,
-    linuxBazelCache,
-    linuxHuggingFaceCache,
-    linuxTrash,
-    linuxPodmanUser,
-    linuxDockerRootless,
-    linuxGoModules,
-    linuxDockerEngine,
-    linuxContainerd,
-    linuxPodmanSystem,
-    linuxDatabase,
-    linuxTmp,
-    linuxVarTmp,
-    linuxAptCache,
-    linuxUsrLocal,
-    linuxUsr,
-    linuxOpt,
-    count,
-};
-
-constexpr std::uint16_t index(Rule rule) {
-    return static_cast<std::uint16_t>(rule);
-}
-
-// Where a verdict's owner comes from.
-enum class Owner : std::uint8_t {
-    fixed,               // the rule's own application (or none)
-    fromPath,            // a part of the path, already the final name
-    fromPathWithoutApp,  // a path component with every ".app" removed ("Xcode.app" -> "Xcode")
-};
-
-struct RuleEntry {
-    SpaceClassification classification;
-    Owner owner = Owner::fixed;
-};
-
-constexpr std::string_view appCacheRationale =
-    "Application cache. Apps rebuild caches when needed; quit the app before cleaning.";
-constexpr std::string_view trashRationale = "Items you already moved to the Trash. Emptying it is irreversible.";
-constexpr std::string_view toolchainRationale = "Installed toolchains that projects may depend on.";
-constexpr std::string_view packageCacheRationale = "Package download cache.";
-constexpr std::string_view dockerToolsHint =
-    "Use the Docker Storage Center; reclaim space only with Docker's own tools.";
-constexpr std::string_view unknownTemporaryRationale = "Temporary working files of unknown owner; may be in use.";
-constexpr std::string_view installedAppRationale =
-    "Installed application. Uninstall unused apps with their uninstaller.";
-
-struct KnownGroupContainer {
-    std::string_view name;
-    Rule rule;
-    SpaceCatalog::GroupContainer facts;
-};
-
-constexpr std::array<KnownGroupContainer, 3> knownGroupContainerTable{{
-    {"group.net.whatsapp.WhatsApp.shared",
-     Rule::libraryWhatsAppGroup,
-     {"WhatsApp", CleanupRisk::red,
-      "Chat media and message database. Manage it in WhatsApp \u203A Settings \u203A Storage and Data."}},
-    {"group.com.docker",
-     Rule::libraryDockerGroup,
-     {"Docker Desktop", CleanupRisk::red, "Docker Desktop shared settings and sockets."}},
-    {"UBF8T346G9.Office", Rule::libraryOfficeGroup, {"Microsoft Office", CleanupRisk::gray, "Office shared data."}},
-}};
-
-constexpr std::array<std::string_view, 10> databaseDirectoryTable{
-    "postgresql", "postgres",      "mysql",      "mariadb",  "mongodb",
-    "redis",      "elasticsearch", "clickhouse", "influxdb", "couchdb",
-};
-
-const std::vector<RuleEntry>& fixedRules() {
-    static const std::vector<RuleEntry> table = [] {
-        std::vector<RuleEntry> rules(index(Rule::count));
-        std::vector<bool> defined(index(Rule::count), false);
-        auto define = [&](Rule rule, SpaceCategory category, CleanupRisk risk,
-                          std::optional<std::string_view> application, std::string_view rationale,
-                          std::optional<std::string_view> hint = std::nullopt, Owner owner = Owner::fixed) {
-            auto& entry = rules[index(rule)];
-            entry.classification.category = category;
-            entry.classification.risk = risk;
-            if (application) entry.classification.application = std::string(*application);
-            entry.classification.rationale = std::string(rationale);
-            if (hint) entry.classification.hint = std::string(*hint);
-            entry.owner = owner;
-            defined[index(rule)] = true;
-        };
-        using C = SpaceCategory;
-        using R = CleanupRisk;
-        const auto none = std::nullopt;
-        const auto fromPath = Owner::fromPath;
-
-        rules[index(Rule::unknown)].classification = SpaceClassification::unknown();
-        defined[index(Rule::unknown)] = true;
-
-        define(Rule::nodeModules, C::nodeModules, R::yellow, "npm / yarn / pnpm",
-               "Installed dependencies; reinstalled from the lockfile.", "npm ci / pnpm install");
-        define(Rule::virtualEnvironment, C::virtualEnvs, R::yellow, "Python",
-               "Virtual environment; recreated from requirements.");
-        define(Rule::buildOutput, C::builds, R::yellow, none, "Build output.");
-        define(Rule::frameworkBuildCache, C::builds, R::yellow, "JavaScript tooling", "Framework build cache.");
-        define(Rule::pythonCache, C::caches, R::green, "Python", "Bytecode/test cache.");
-        define(Rule::gitRepository, C::projects, R::red, "git", "Repository history.");
-
-        define(Rule::homeFolder, C::userData, R::red, none, "Home folder.");
-        define(Rule::homeTrash, C::trash, R::yellow, "Finder", trashRationale,
-               "Review the Trash in Finder and empty it there if nothing is needed.");
-        define(Rule::homeCredentials, C::credentials, R::red, none, "Credentials and keys.");
-        define(Rule::homePersonal, C::userData, R::red, none,
-               "Personal files. Not removed without a confirmed backup.");
-        define(Rule::homeDownloads, C::downloads, R::gray, none, "Downloaded files of unknown importance.",
-               "Review in Finder sorted by size.");
-        define(Rule::homeNpm, C::packageManagers, R::green, "npm", packageCacheRationale, "npm cache clean --force");
-        define(Rule::homeGradleCaches, C::packageManagers, R::green, "Gradle",
-               "Dependency cache, re-downloaded on demand.");
-        define(Rule::homeMaven, C::packageManagers, R::yellow, "Maven",
-               "Local artifact repository; may contain locally installed artifacts.");
-        define(Rule::homeCargoRegistry, C::packageManagers, R::green, "Cargo", "Crate download cache.");
-        define(Rule::homeToolchains, C::packageManagers, R::yellow, none, toolchainRationale, none, fromPath);
-        define(Rule::homeProjectDirectory, C::projects, R::red, none, "Project directory.");
-
-        define(Rule::libraryFolder, C::appData, R::gray, none, "User Library.");
-        define(Rule::libraryCachesFolder, C::caches, R::yellow, none, appCacheRationale);
-        define(Rule::libraryXcodeCache, C::xcode, R::green, "Xcode", "Xcode cache, rebuilt automatically.");
-        define(Rule::libraryHomebrewCache, C::caches, R::green, "Homebrew", appCacheRationale, "brew cleanup");
-        define(Rule::libraryAppCache, C::caches, R::green, none, appCacheRationale, none, fromPath);
-        define(Rule::libraryLogs, C::logs, R::green, none, "Diagnostic logs.", none, fromPath);
-        define(Rule::libraryDockerDesktop, C::docker, R::red, "Docker Desktop",
-               "Docker Desktop VM disk image with images, containers and named volumes.", dockerToolsHint);
-        define(Rule::libraryContainers, C::appData, R::gray, none, "Sandboxed app data. Impact of removal is unknown.",
-               none, fromPath);
-        for (const auto& known : knownGroupContainerTable)
-            define(known.rule, C::appData, known.facts.risk, known.facts.application, known.facts.rationale);
-        define(Rule::libraryGroupContainers, C::appData, R::gray, none, "Data shared between apps of one vendor.", none,
-               fromPath);
-        define(Rule::libraryApplicationSupport, C::appData, R::gray, none,
-               "Application data. Impact of removal is unknown.", none, fromPath);
-        define(Rule::libraryKeychains, C::credentials, R::red, "Keychain", "Passwords and certificates.");
-        define(Rule::libraryPersonal, C::userData, R::red, none, "Personal data.", none, fromPath);
-        define(Rule::libraryOther, C::appData, R::gray, none, "User Library data.", none, fromPath);
-
-        define(Rule::developerDerivedData, C::builds, R::yellow, "Xcode",
-               "Build intermediates; Xcode rebuilds them (first build afterwards is slower).");
-        define(Rule::developerArchives, C::xcode, R::yellow, "Xcode",
-               "Archives and dSYMs needed to symbolicate crashes of shipped builds.");
-        define(Rule::developerDeviceSupport, C::xcode, R::yellow, "Xcode",
-               "Debug symbols per OS version; re-downloaded when a device connects.");
-        define(Rule::developerCoreSimulator, C::simulators, R::yellow, "Simulator",
-               "Simulator devices and caches; may contain app data under test.", "xcrun simctl delete unavailable");
-        define(Rule::developerOther, C::xcode, R::gray, "Xcode", "Developer tool data.");
-
-        define(Rule::systemHomebrewDatabase, C::databases, R::red, "Homebrew service",
-               "Database data directory managed by a Homebrew service.",
-               "Inspect with the database's own tools (e.g. psql \\l+). Never delete the data directory.");
-        define(Rule::systemApplications, C::applications, R::gray, none, installedAppRationale, none,
-               Owner::fromPathWithoutApp);
-        define(Rule::systemHomebrewCellar, C::packageManagers, R::yellow, "Homebrew", "Installed formulae and casks.",
-               "brew cleanup, brew autoremove");
-        define(Rule::systemPackagePrefix, C::packageManagers, R::gray, "Homebrew", "Package manager prefix.");
-        define(Rule::systemPrivateTmp, C::temporary, R::gray, none, unknownTemporaryRationale,
-               "macOS clears /private/tmp at restart. Check for running processes first.");
-        define(Rule::systemChromeClones, C::temporary, R::yellow, "Google Chrome",
-               "APFS clones Chrome creates for code-signing checks. They share blocks with Chrome, so removing "
-               "them frees little.",
-               "Quit and relaunch Chrome; it prunes old clones.");
-        define(Rule::systemSwap, C::system, R::red, "macOS", "Swap and sleep image, managed by macOS.");
-        define(Rule::systemVarFolders, C::system, R::gray, "macOS",
-               "Per-user temporary and cache folders managed by macOS.");
-        define(Rule::systemPrivate, C::system, R::red, "macOS", "System data.");
-        define(Rule::systemSystem, C::system, R::red, "macOS", "System data.");
-        define(Rule::systemSimulatorRuntimes, C::simulators, R::yellow, "Xcode", "Simulator runtimes.",
-               "Manage runtimes in Xcode \u203A Settings \u203A Components.");
-        define(Rule::systemLibrary, C::system, R::gray, none, "Shared system Library.");
-
-        define(Rule::linuxCacheFolder, C::caches, R::yellow, none, appCacheRationale);
-        define(Rule::linuxAppCache, C::caches, R::green, none, appCacheRationale, none, fromPath);
-        define(Rule::linuxPipCache, C::packageManagers, R::green, "pip", packageCacheRationale, "pip cache purge");
-        define(Rule::linuxUvCache, C::packageManagers, R::green, "uv", packageCacheRationale, "uv cache clean");
-        define(Rule::linuxYarnCache, C::packageManagers, R::green, "Yarn", packageCacheRationale, "yarn cache clean");
-        define(Rule::linuxGoBuildCache, C::caches, R::green, "Go", "Build cache, rebuilt on demand.",
-               "go clean -cache");
-        define(Rule::linuxCompilerCache, C::caches, R::green, "ccache", "Compiler cache, rebuilt on demand.",
-               "ccache --clear");
-        define(Rule::linuxBazelCache, C::builds, R::yellow, "Bazel",
-               "Build outputs and caches of Bazel workspaces; the next build is slow without them.");
-        define(Rule::linuxHuggingFaceCache, C::caches, R::yellow, "Hugging Face",
-               "Downloaded models and datasets; fetched again on demand, which can take long.",
-               "huggingface-cli delete-cache");
-        define(Rule::linuxTrash, C::trash, R::yellow, "File manager", trashRationale,
-               "Review the Trash in your file manager and empty it there if nothing is needed.");
-        define(Rule::linuxPodmanUser, C::docker, R::red, "Podman", "Podman images, containers and named volumes.",
-               "Reclaim space only with Podman's own tools (podman system df).");
-        define(Rule::linuxDockerRootless, C::docker, R::red, "Docker",
-               "Rootless Docker's images, containers and named volumes.", dockerToolsHint);
-        define(Rule::linuxGoModules, C::packageManagers, R::green, "Go", "Module download cache.",
-               "go clean -modcache");
-        define(Rule::linuxDockerEngine, C::docker, R::red, "Docker Engine",
-               "Docker Engine's images, containers and named volumes.", dockerToolsHint);
-        define(Rule::linuxContainerd, C::docker, R::red, "containerd",
-               "Container images and snapshots managed by containerd.", dockerToolsHint);
-        define(Rule::linuxPodmanSystem, C::docker, R::red, "Podman", "Podman images, containers and named volumes.",
-               "Reclaim space only with Podman's own tools (podman system df).");
-        define(Rule::linuxDatabase, C::databases, R::red, "System service",
-               "Database data directory managed by a system service.",
-               "Inspect with the database's own tools (e.g. psql \\l+). Never delete the data directory.");
-        define(Rule::linuxTmp, C::temporary, R::gray, none, unknownTemporaryRationale,
-               "Most systems clear /tmp at restart. Check for running processes first.");
-        define(Rule::linuxVarTmp, C::temporary, R::gray, none,
-               "Temporary files kept across restarts, of unknown owner; may be in use.");
-        define(Rule::linuxAptCache, C::packageManagers, R::green, "APT",
-               "Downloaded package files, fetched again when needed.", "sudo apt-get clean");
-        define(Rule::linuxUsrLocal, C::applications, R::gray, none, "Software installed outside the package manager.");
-        define(Rule::linuxUsr, C::system, R::red, "Linux", "Operating system files, managed by the package manager.");
-        define(Rule::linuxOpt, C::applications, R::gray, none, installedAppRationale, none, fromPath);
-
-        // A rule added to the list above but not to this table would classify silently wrong.
-        if (std::find(defined.begin(), defined.end(), false) != defined.end())
-            throw std::logic_error("SpaceCatalog: a rule has no verdict");
-        return rules;
-    }();
-    return table;
-}
-
 // Splits a path at "/" without allocating, skipping the empty pieces of "//" and of the ends.
 struct Components {
     std::string_view rest;
@@ -569,8 +285,9 @@ struct SpaceCatalogRules {
 };
 
 SpaceCatalog::SpaceCatalog(std::string home, std::vector<std::string> projectRoots, Platform platform)
-    : home_(std::move(home)), projectRoots_(std::move(projectRoots)), platform_(platform) {
+    : home_(composedText(home)), projectRoots_(std::move(projectRoots)), platform_(platform) {
     if (!home_.empty() && home_.back() == '/') home_.pop_back();
+    for (auto& root : projectRoots_) root = composedText(root);
     homePrefix_ = home_ + "/";
 
     const auto& fixed = fixedRules();
@@ -587,6 +304,14 @@ SpaceCatalog::SpaceCatalog(std::string home, std::vector<std::string> projectRoo
 }
 
 SpaceVerdict SpaceCatalog::verdict(std::string_view path, bool isDirectory) const {
+    // Home and project roots are held composed (NFC); a path with any non-ASCII byte is composed
+    // too, so that a decomposed "é" still matches. ASCII paths, nearly all of them, skip this.
+    if (isASCII(path)) return composedVerdict(path, isDirectory);
+    const std::string composed = composedText(path);
+    return composedVerdict(composed, isDirectory);
+}
+
+SpaceVerdict SpaceCatalog::composedVerdict(std::string_view path, bool isDirectory) const {
     const SpaceCatalogRules rules{*this, path};
 
     std::string_view normalised = path;
@@ -617,6 +342,12 @@ SpaceVerdict SpaceCatalog::verdict(std::string_view path, bool isDirectory) cons
 }
 
 SpaceClassification SpaceCatalog::expand(const SpaceVerdict& verdict, std::string_view path) const {
+    if (!isASCII(path)) return composedExpand(verdict, composedText(path));
+    return composedExpand(verdict, path);
+}
+
+// Owner ranges are offsets into the composed path the verdict was made for.
+SpaceClassification SpaceCatalog::composedExpand(const SpaceVerdict& verdict, std::string_view path) const {
     if (verdict.rule >= rules_.size()) return SpaceClassification::unknown();
     SpaceClassification classification = rules_[verdict.rule];
     const auto owner = verdict.rule < index(Rule::count) ? fixedRules()[verdict.rule].owner : Owner::fixed;

@@ -5,7 +5,9 @@
 // positively recognises is gray and is never offered for cleanup.
 //
 // Build it once per scan and pass it by const reference; it precomputes what it can so that a
-// call per node of a large scan stays cheap, and `verdict` does not allocate at all:
+// call per node of a large scan stays cheap, and `verdict` does not allocate for ASCII paths.
+// Paths compare by canonical equivalence: a decomposed "é" (e + combining accent, as older Mac
+// file systems store names) matches a home or project root written composed, and the reverse.
 //
 //   const SpaceCatalog catalog("/Users/me", {"/Users/me/dev"});
 //   catalog.classify("/Users/me/Library/Caches/com.apple.Safari", true);   // Caches, green, "Safari"
@@ -90,6 +92,9 @@ public:
 
 private:
     friend struct SpaceCatalogRules;
+
+    SpaceVerdict composedVerdict(std::string_view path, bool isDirectory) const;
+    SpaceClassification composedExpand(const SpaceVerdict& verdict, std::string_view path) const;
 
     std::string home_;
     std::vector<std::string> projectRoots_;

@@ -597,3 +597,42 @@ TEST(SpaceCatalogTest, ArbitraryPathsGetConsistentVerdicts) {
         }
     }
 }
+
+// ---------------------------------------------------------------- canonical equivalence
+
+// "José" composed (é = U+00E9) and decomposed (e + U+0301): one name to a person, two byte strings.
+TEST(SpaceCatalogTest, EveryRuleFamilyMatchesWhicheverUnicodeFormTheHomeAndPathUse) {
+    const std::string composed = "Jos\xC3\xA9";
+    const std::string decomposed = "Jose\xCC\x81";
+    // One path per rule family, below the home folder (or absolute, starting with "/").
+    const std::vector<std::string> families = {
+        "Library/Caches/com.example.Caf\xC3\xA9",  // the home's Library, owner from the path
+        "Library/Developer/Xcode/DerivedData",     // the home's Library/Developer
+        ".Trash",                                  // the home folder
+        "Documents",                               // personal folders
+        "dev/app",                                 // a project root
+        "dev/app/node_modules",                    // a folder name inside a project
+        "/Applications/Caf\xC3\xA9.app",           // outside the home folder
+    };
+    const SpaceCatalog reference("/Users/" + composed, {"/Users/" + composed + "/dev"});
+    for (const bool homeComposed : {true, false}) {
+        const std::string homeName = homeComposed ? composed : decomposed;
+        const std::string pathName = homeComposed ? decomposed : composed;
+        const SpaceCatalog catalog("/Users/" + homeName, {"/Users/" + homeName + "/dev"});
+        for (const auto& family : families) {
+            const bool absolute = family.front() == '/';
+            const std::string path = absolute ? family : "/Users/" + pathName + "/" + family;
+            const auto expected = reference.classify(absolute ? family : "/Users/" + composed + "/" + family, true);
+            if (!absolute) {
+                EXPECT_NE(expected.risk, R::gray) << family;  // a real rule decides it
+            }
+            EXPECT_EQ(catalog.classify(path, true), expected) << path;
+            EXPECT_EQ(catalog.expand(catalog.verdict(path, true), path), expected) << path;
+        }
+    }
+    // The owner read from a decomposed path is the composed name.
+    EXPECT_EQ(macCatalog().classify("/Users/me/Library/Caches/com.example.Cafe\xCC\x81", true).application,
+              "Caf\xC3\xA9");
+    const SpaceCatalog linux("/home/" + composed, {}, Platform::linux);
+    EXPECT_EQ(linux.classify("/home/" + decomposed + "/.cache/pip", true).category, C::packageManagers);
+}

@@ -1,17 +1,21 @@
+#include "StorageTestSupport.h"
+#include "storage/BoundedMountTable.h"
 #include "storage/LinuxBlockDevices.h"
 #include "storage/LinuxStorageDiscovery.h"
 #include "storage/LsblkClient.h"
 #include "storage/LsblkParser.h"
 #include "storage/RecordedMountTable.h"
 #include "storage/SmartctlClient.h"
-#include "StorageTestSupport.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
 #include <map>
 
 using namespace corvel;
 using namespace corvel::testing;
+using ::testing::Contains;
 
 namespace {
 
@@ -80,8 +84,9 @@ struct Laptop {
 
     Laptop() {
         runner.answer(LsblkClient::executable, {"-J", "-b", "-O"}, lsblk);
-        runner.answer(SmartctlClient::executable, {"-j", "-a", "/dev/nvme0n1"},
-                      R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {"percentage_used": 9}})");
+        runner.answer(
+            SmartctlClient::executable, {"-j", "-a", "/dev/nvme0n1"},
+            R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {"percentage_used": 9}})");
         runner.fail(SmartctlClient::executable, {"-j", "-a", "/dev/sdb"},
                     CommandError::failed(2, R"({"smartctl": {"exit_status": 2}})"));
         table.text = mountinfo;
@@ -159,43 +164,44 @@ TEST(LinuxBlockDevices, NamesAndBuses) {
 
 TEST(LinuxBlockDevices, LocateWalksTheStackToTheWholeDisk) {
     auto devices = LsblkParser::parse(lsblk);
-    auto byNumbers = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
-                                                           "33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw"));
+    auto byNumbers = LinuxBlockDevices::locate(
+        devices, *MountInfoEntry::parseLine("33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw"));
     ASSERT_TRUE(byNumbers);
     EXPECT_EQ(byNumbers->top().kernelName, "nvme0n1");
     EXPECT_EQ(byNumbers->device().kernelName, "nvme0n1p1");
     EXPECT_FALSE(byNumbers->hasCryptLayer());
 
     // btrfs hides its device numbers; the source path finds it.
-    auto btrfs = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
-                                                        "28 1 0:30 /@ / rw - btrfs /dev/mapper/vg-root rw"));
+    auto btrfs = LinuxBlockDevices::locate(
+        devices, *MountInfoEntry::parseLine("28 1 0:30 /@ / rw - btrfs /dev/mapper/vg-root rw"));
     ASSERT_TRUE(btrfs);
     EXPECT_EQ(btrfs->chain.size(), 4u);
     EXPECT_EQ(btrfs->top().kernelName, "nvme0n1");
     EXPECT_TRUE(btrfs->hasCryptLayer());
 
-    auto byUUID = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
-                                                         "33 28 0:99 / /efi rw - vfat /dev/disk/by-uuid/4A1E-9C2B rw"));
+    auto byUUID = LinuxBlockDevices::locate(
+        devices, *MountInfoEntry::parseLine("33 28 0:99 / /efi rw - vfat /dev/disk/by-uuid/4A1E-9C2B rw"));
     ASSERT_TRUE(byUUID);
     EXPECT_EQ(byUUID->device().kernelName, "nvme0n1p1");
-    auto byLabel = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
-                                                          "34 28 0:98 / /x rw - ntfs3 /dev/disk/by-label/Elements rw"));
+    auto byLabel = LinuxBlockDevices::locate(
+        devices, *MountInfoEntry::parseLine("34 28 0:98 / /x rw - ntfs3 /dev/disk/by-label/Elements rw"));
     ASSERT_TRUE(byLabel);
     EXPECT_EQ(byLabel->top().kernelName, "sdb");
 
-    EXPECT_FALSE(LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine("50 28 0:48 / /m rw - cifs //nas/s rw")));
-    EXPECT_FALSE(LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(
-                                                        "51 28 0:47 / /n rw - ext4 /dev/disk/by-uuid/missing rw")));
+    EXPECT_FALSE(
+        LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine("50 28 0:48 / /m rw - cifs //nas/s rw")));
+    EXPECT_FALSE(LinuxBlockDevices::locate(
+        devices, *MountInfoEntry::parseLine("51 28 0:47 / /n rw - ext4 /dev/disk/by-uuid/missing rw")));
 }
 
 TEST(LinuxStorageDiscoverySelect, RealFileSystemsEachOnce) {
-    auto selected = LinuxStorageDiscovery::selectMounts(MountInfoEntry::parse(
-        "65 28 8:1 / /data rw - xfs /dev/sda1 rw\n"
-        "95 63 8:1 /projects /home/me/projects rw - xfs /dev/sda1 rw\n"
-        "96 28 8:2 /sub /bind-first rw - ext4 /dev/sda2 rw\n"
-        "97 28 8:2 / /whole-later rw - ext4 /dev/sda2 rw\n"
-        "98 28 0:20 / /run tmpfs rw - tmpfs tmpfs rw\n"
-        "28 1 0:19 / / rw - overlay overlay rw\n"));
+    auto selected = LinuxStorageDiscovery::selectMounts(
+        MountInfoEntry::parse("65 28 8:1 / /data rw - xfs /dev/sda1 rw\n"
+                              "95 63 8:1 /projects /home/me/projects rw - xfs /dev/sda1 rw\n"
+                              "96 28 8:2 /sub /bind-first rw - ext4 /dev/sda2 rw\n"
+                              "97 28 8:2 / /whole-later rw - ext4 /dev/sda2 rw\n"
+                              "98 28 0:20 / /run tmpfs rw - tmpfs tmpfs rw\n"
+                              "28 1 0:19 / / rw - overlay overlay rw\n"));
     std::vector<std::string> points;
     for (const auto& mount : selected) points.push_back(mount.mountPoint);
     // The bind mount collapses onto /data; a later mount of the whole file system replaces an
@@ -262,10 +268,10 @@ TEST(LinuxStorageDiscoverySnapshot, NothingReadableStillGivesASnapshot) {
     StorageSnapshot snapshot = LinuxStorageDiscovery(runner, table).snapshot(now);
     EXPECT_TRUE(snapshot.disks.empty());
     EXPECT_TRUE(snapshot.volumes.empty());
-    EXPECT_EQ(snapshot.warnings,
-              (std::vector<std::string>{
-                  "Could not list physical disks: Could not launch command: No such file or directory",
-                  "Could not list mounted volumes: cannot open /proc/self/mountinfo"}));
+    EXPECT_EQ(
+        snapshot.warnings,
+        (std::vector<std::string>{"Could not list physical disks: Could not launch command: No such file or directory",
+                                  "Could not list mounted volumes: cannot open /proc/self/mountinfo"}));
 
     runner.answer(LsblkClient::executable, {"-J", "-b", "-O"}, "lsblk: not JSON");
     table.readable = true;
@@ -287,7 +293,8 @@ TEST(LinuxStorageDiscoverySnapshot, SmartctlIsAskedReadOnlyAndOnlyAboutDisks) {
     for (const auto& [executable, arguments] : laptop.runner.calls) {
         if (executable == SmartctlClient::executable) smartCalls.push_back(arguments);
     }
-    EXPECT_EQ(smartCalls, (std::vector<std::vector<std::string>>{{"-j", "-a", "/dev/sdb"}, {"-j", "-a", "/dev/nvme0n1"}}));
+    EXPECT_EQ(smartCalls,
+              (std::vector<std::vector<std::string>>{{"-j", "-a", "/dev/sdb"}, {"-j", "-a", "/dev/nvme0n1"}}));
     EXPECT_FALSE(SmartctlClient::policy().permits({"-s", "on", "/dev/sda"}));
     EXPECT_FALSE(SmartctlClient::policy().permits({"-t", "long", "/dev/sda"}));
     EXPECT_EQ(SmartctlClient{laptop.runner}.report("-d sat /dev/sda"), SmartctlReport{});
@@ -316,4 +323,27 @@ TEST(RecordedMountTable, ReplaysTextOrLinesAndRejectsBadShapes) {
     }
     RecordedMountTable badFigures(Json{{"mountinfo", ""}, {"statvfs", {{"/", {{"totalBytes", "ten"}}}}}});
     EXPECT_THROW(badFigures.mountInfo(), std::runtime_error);
+}
+
+// A hard NFS mount whose server is gone: statvfs never returns. Discovery must still finish.
+TEST(LinuxStorageDiscoverySnapshot, AMountThatNeverAnswersBecomesAWarningWithinTheLimit) {
+    struct HangingTable : FakeMountTable {
+        std::shared_ptr<std::promise<void>> release = std::make_shared<std::promise<void>>();
+        std::shared_future<void> released = release->get_future().share();
+        StatvfsFigures statvfs(const std::string& mountPoint) override {
+            if (mountPoint == "/mnt/old") released.wait();  // until the test ends
+            return FakeMountTable::statvfs(mountPoint);
+        }
+    };
+    auto table = std::make_shared<HangingTable>();
+    table->text = "28 1 8:1 / / rw - ext4 /dev/sda1 rw\n52 28 0:49 / /mnt/old rw - nfs nas:/old rw\n";
+    table->figures["/"] = {10, 5, 4};
+    ScriptedRunner runner;
+    BoundedMountTable bounded(table, std::chrono::milliseconds(200));
+    const auto started = std::chrono::steady_clock::now();
+    const StorageSnapshot snapshot = LinuxStorageDiscovery(runner, bounded).snapshot(now);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
+    EXPECT_THAT(snapshot.warnings, Contains("Could not read the capacity of /mnt/old: did not answer within 200 ms"));
+    EXPECT_EQ(snapshot.volumes.size(), 2u);  // both listed; the silent one without figures
+    table->release->set_value();
 }
