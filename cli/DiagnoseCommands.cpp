@@ -3,6 +3,7 @@
 #include "DiagnoseCommands.h"
 
 #include "Commands.h"
+#include "ScreenCommands.h"
 #include "SettingsCommands.h"
 #include "common/EnumTable.h"
 #include "common/Text.h"
@@ -97,7 +98,7 @@ void printDimensions(CliContext& context, const std::vector<DimensionAssessment>
     for (const auto& assessment : health) {
         context.out() << "  " << lightText(assessment.status, style) << ' '
                       << style.bold(padded(label(assessment.dimension), nameWidth)) << "  "
-                      << padded(label(assessment.status), statusWidth) << "  " << assessment.summary << '\n';
+                      << padded(label(assessment.status), statusWidth) << "  " << withCommandHints(assessment.summary) << '\n';
         if (!withDetails) continue;
         for (const auto& evidence : assessment.evidence) context.out() << "      " << style.dim(evidence) << '\n';
         for (const auto& finding : assessment.findings) context.out() << "      " << headline(finding, style) << '\n';

@@ -1,5 +1,6 @@
 #include "InsightsOutput.h"
 
+#include "ScreenCommands.h"
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 
@@ -34,7 +35,9 @@ void printInsights(CliContext& context, const std::vector<Insight>& insights, st
         out << indent << "  ";
         if (insight.risk) out << style.dim("Risk: " + std::string(label(*insight.risk)) + " · ");
         out << style.dim("Action: ") << insight.actionTitle
-            << style.dim(" → " + std::string(label(insight.destination))) << '\n';
+            << style.dim(" \u2192 " + std::string(label(insight.destination)) + " (" +
+                         commandFor(insight.destination) + ")")
+            << '\n';
     }
     if (insights.size() > shown)
         context.out() << indent << style.dim(std::to_string(insights.size() - shown) + " more: velmora insights")

@@ -2,6 +2,7 @@
 // footprint, developer locations and scans.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "ScreenCommands.h"
 #include "common/PathText.h"
 
 #include <filesystem>
@@ -87,7 +88,7 @@ void runClassify(CliContext& context, const ClassifyOptions& options) {
         table.addRow({"risk", styledRisk(style, classification.risk)});
         table.addRow({"owner", classification.application.value_or(style.dim("unknown"))});
         table.addRow({"rationale", classification.rationale});
-        if (classification.hint) table.addRow({"hint", *classification.hint});
+        if (classification.hint) table.addRow({"hint", withCommandHints(*classification.hint)});
         table.print(context.out(), "  ");
     }
 }
