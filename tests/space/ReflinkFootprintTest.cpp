@@ -12,6 +12,7 @@
 #include "ReflinkVolume.h"
 #include "space/FileAttributes.h"
 #include "space/PhysicalFootprint.h"
+#include "support/ChildProcess.h"
 
 namespace corvel {
 namespace {
@@ -63,12 +64,14 @@ TEST_F(ReflinkFootprint, TwinsHoldNoExclusiveBytesWhileBothExist) {
               FileAttributes::physicalExtents(tree_ + "/clone", megabyte));
 
     // Once the twin is gone, every block is the original's own again. XFS frees an unlinked
-    // file's blocks in the background; a sync waits for that.
+    // file's blocks in the background (deferred inode inactivation), after a sync, so wait for it.
     fs::remove(tree_ + "/clone");
     ::sync();
-    const auto alone = FileAttributes::facts(tree_ + "/original");
-    ASSERT_TRUE(alone);
-    EXPECT_EQ(alone->exclusiveBytes, std::optional<std::int64_t>(megabyte));
+    std::optional<FileSizeFacts> alone;
+    EXPECT_TRUE(corvel::testing::eventually([&] {
+        alone = FileAttributes::facts(tree_ + "/original");
+        return alone && alone->exclusiveBytes == std::optional<std::int64_t>(megabyte);
+    })) << (alone && alone->exclusiveBytes ? *alone->exclusiveBytes : -1);
 }
 
 TEST_F(ReflinkFootprint, AClonePartlyOverwrittenOwnsOnlyTheNewBlocks) {
