@@ -34,6 +34,14 @@ public:
         inventory_.errors.push_back(label + ": " + description);
     }
 
+    // Lines of a one-object-per-line listing that could not be read, each as its own error.
+    void reportUnreadable(const std::string& label, std::string_view output) {
+        for (const auto& problem : DockerParser::unreadableLines(output)) fail(label, problem);
+    }
+    void reportDocument(const std::string& label, std::string_view output, bool arrayAllowed) {
+        if (const auto problem = DockerParser::documentProblem(output, arrayAllowed)) fail(label, *problem);
+    }
+
 private:
     const CommandPolicy& policy_;
     CommandRunning& runner_;
@@ -127,11 +135,14 @@ DockerInventory DockerClient::inventory(const std::string& home, TimePoint now) 
     }
 
     std::optional<Json> verbose;
-    if (const auto output = step.run("docker system df -v", {"system", "df", "-v", "--format", jsonFormat}))
+    if (const auto output = step.run("docker system df -v", {"system", "df", "-v", "--format", jsonFormat})) {
         verbose = DockerParser::verbose(*output);
+        step.reportDocument("docker system df -v", *output, false);
+    }
 
     if (const auto output = step.run("docker ps", {"ps", "-a", "--no-trunc", "--format", jsonFormat})) {
         inventory.containers = DockerParser::containers(*output);
+        step.reportUnreadable("docker ps", *output);
         // The listing's own size is only filled when sizes were asked for; the verbose facts
         // always carry them, so they win.
         const auto sizes = DockerParser::containerSizes(verbose);
@@ -146,17 +157,21 @@ DockerInventory DockerClient::inventory(const std::string& home, TimePoint now) 
         for (const auto& container : inventory.containers) arguments.push_back(container.id);
         if (const auto output = step.run("docker inspect", arguments)) {
             const auto mounts = DockerParser::mounts(*output);
+            step.reportUnreadable("docker inspect", *output);
             for (auto& container : inventory.containers)
                 if (const auto found = findByID(mounts, container.id); found != mounts.end())
                     container.mounts = found->second;
         }
     }
 
-    if (const auto output = step.run("docker images", {"images", "--format", jsonFormat}))
+    if (const auto output = step.run("docker images", {"images", "--format", jsonFormat})) {
         inventory.images = DockerParser::images(*output, verbose);
+        step.reportUnreadable("docker images", *output);
+    }
 
     if (const auto output = step.run("docker volume ls", {"volume", "ls", "--format", jsonFormat})) {
         inventory.volumes = DockerParser::volumes(*output);
+        step.reportUnreadable("docker volume ls", *output);
         const auto facts = DockerParser::volumeSizes(verbose);
         for (auto& volume : inventory.volumes)
             if (const auto found = facts.find(volume.name); found != facts.end()) {
@@ -165,14 +180,21 @@ DockerInventory DockerClient::inventory(const std::string& home, TimePoint now) 
             }
     }
 
-    if (const auto output = step.run("docker network ls", {"network", "ls", "--format", jsonFormat}))
+    if (const auto output = step.run("docker network ls", {"network", "ls", "--format", jsonFormat})) {
         inventory.networks = DockerParser::networks(*output);
+        step.reportUnreadable("docker network ls", *output);
+    }
 
-    if (const auto output = step.run("docker compose ls", {"compose", "ls", "-a", "--format", "json"}))
+    if (const auto output = step.run("docker compose ls", {"compose", "ls", "-a", "--format", "json"})) {
         inventory.composeProjects = DockerParser::composeProjects(*output);
+        // Older releases print one object per line instead of one array.
+        if (DockerParser::documentProblem(*output, true)) step.reportUnreadable("docker compose ls", *output);
+    }
 
-    if (const auto output = step.run("docker system df", {"system", "df", "--format", jsonFormat}))
+    if (const auto output = step.run("docker system df", {"system", "df", "--format", jsonFormat})) {
         inventory.diskUsage = DockerParser::diskUsage(*output);
+        step.reportUnreadable("docker system df", *output);
+    }
 
     inventory.buildCacheBytes = DockerParser::buildCacheBytes(verbose);
     inventory.diskImage = DockerDiskImageLocator::locate(home, *host_, inventory.dockerRootDir);

@@ -180,6 +180,32 @@ std::vector<Json> lines(std::string_view data) {
     return result;
 }
 
+std::vector<std::string> unreadableLines(std::string_view data) {
+    std::vector<std::string> problems;
+    const auto all = split(data, '\n');
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const auto content = trim(all[i]);
+        if (content.empty()) continue;
+        const auto decoded = Json::parse(content, nullptr, false);
+        if (!decoded.is_discarded() && decoded.is_object()) continue;
+        // An object that begins but never ends on the last line, before any line end: the
+        // program stopped writing in the middle of it.
+        const bool cutShort = decoded.is_discarded() && i + 1 == all.size() && data.back() != '\n' &&
+                              content.front() == '{';
+        problems.push_back("Could not read line " + std::to_string(i + 1) + ": " +
+                           (cutShort ? "cut short" : "not a JSON object"));
+    }
+    return problems;
+}
+
+std::optional<std::string> documentProblem(std::string_view data, bool arrayAllowed) {
+    if (trim(data).empty()) return std::nullopt;
+    const auto document = Json::parse(data, nullptr, false);
+    if (!document.is_discarded() && (document.is_object() || (arrayAllowed && document.is_array())))
+        return std::nullopt;
+    return std::string("Could not read the output: ") + (document.is_discarded() ? "not valid JSON" : "unexpected shape");
+}
+
 bool sameID(std::string_view a, std::string_view b) {
     constexpr std::string_view digestPrefix = "sha256:";
     if (startsWith(a, digestPrefix)) a.remove_prefix(digestPrefix.size());

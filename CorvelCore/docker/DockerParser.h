@@ -74,6 +74,15 @@ std::map<std::string, std::string> labels(std::string_view text);
 // Every line of the output that decodes as a JSON object.
 std::vector<Json> lines(std::string_view data);
 
+// What `lines` had to leave out, one text per line ("Could not read line 3: not a JSON object"),
+// so that garbage or a line cut short is reported instead of silently becoming fewer entries.
+// A last line without its line end that does not decode is reported as cut short.
+std::vector<std::string> unreadableLines(std::string_view data);
+
+// For outputs that are one document ("docker system df -v", "docker compose ls"): a text saying
+// why it cannot be read, or absent when it decodes (blank output counts as readable).
+std::optional<std::string> documentProblem(std::string_view data, bool arrayAllowed);
+
 // Whether two engine IDs name the same object: "sha256:" prefixes are ignored and a short ID
 // (at least 12 characters) matches the full ID it begins.
 bool sameID(std::string_view a, std::string_view b);

@@ -2,11 +2,13 @@
 
 #include "DockerTestSupport.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace corvel {
 namespace {
 
+using ::testing::ElementsAre;
 using testing::FakeDockerHost;
 using testing::ScriptedRunner;
 
@@ -249,6 +251,28 @@ TEST_F(DockerInventoryRun, AFailedCommandAddsOneLabelledLineAndTheRestGoesOn) {
     EXPECT_EQ(inventory.buildCacheBytes, 0);
     EXPECT_EQ(inventory.volumes.size(), 1u);
     EXPECT_EQ(inventory.diskUsage.size(), 1u);
+}
+
+TEST_F(DockerInventoryRun, UnreadableOutputIsReportedNeverSilentlyDropped) {
+    answerRunning();
+    const std::string goodLine =
+        R"({"ID":")" + idA + R"(","Names":"db","Image":"postgres:16","State":"running","Status":"Up","Labels":""})";
+    // A garbage line between good ones, and a last line cut short by a dying engine.
+    runner.answer({"ps", "-a", "--no-trunc", "--format", json},
+                  goodLine + "\n\x01garbage\n" + R"({"ID":")" + idB + R"(","Names":"we)");
+    runner.answer({"container", "inspect", "--format", R"j({"id":{{json .Id}},"mounts":{{json .Mounts}}})j", idA},
+                  std::string(R"({"id":")" + idA + R"(","mounts":[]})" "\n"));
+    runner.answer({"system", "df", "-v", "--format", json}, std::string("{\"Containers\": ["));
+    runner.answer({"images", "--format", json}, std::string("[1, 2]\n"));
+    runner.answer({"compose", "ls", "-a", "--format", "json"}, std::string("not json at all"));
+    const auto inventory = run();
+    EXPECT_THAT(inventory.errors, ElementsAre("docker system df -v: Could not read the output: not valid JSON",
+                                              "docker ps: Could not read line 2: not a JSON object",
+                                              "docker ps: Could not read line 3: cut short",
+                                              "docker images: Could not read line 1: not a JSON object",
+                                              "docker compose ls: Could not read line 1: not a JSON object"));
+    ASSERT_EQ(inventory.containers.size(), 1u);
+    EXPECT_EQ(inventory.containers[0].name, "db");
 }
 
 TEST_F(DockerInventoryRun, NoContainersMeansNoInspect) {
