@@ -34,22 +34,4 @@ std::optional<std::string> DiagnosticThresholds::validationProblem() const {
     return std::nullopt;
 }
 
-void to_json(Json& j, const DiagnosticThresholds& thresholds) {
-    j = Json{{"warningFreeFraction", thresholds.warningFreeFraction},
-             {"criticalFreeFraction", thresholds.criticalFreeFraction},
-             {"warningFreeBytes", thresholds.warningFreeBytes},
-             {"criticalFreeBytes", thresholds.criticalFreeBytes},
-             {"nvmeWearWarningPercent", thresholds.nvmeWearWarningPercent},
-             {"temperatureWarningCelsius", thresholds.temperatureWarningCelsius}};
-}
-
-void from_json(const Json& j, DiagnosticThresholds& thresholds) {
-    thresholds.warningFreeFraction = required<double>(j, "warningFreeFraction");
-    thresholds.criticalFreeFraction = required<double>(j, "criticalFreeFraction");
-    thresholds.warningFreeBytes = required<std::int64_t>(j, "warningFreeBytes");
-    thresholds.criticalFreeBytes = required<std::int64_t>(j, "criticalFreeBytes");
-    thresholds.nvmeWearWarningPercent = required<int>(j, "nvmeWearWarningPercent");
-    thresholds.temperatureWarningCelsius = required<double>(j, "temperatureWarningCelsius");
-}
-
 }  // namespace corvel

@@ -31,8 +31,9 @@ struct DiagnosticThresholds {
     bool operator==(const DiagnosticThresholds&) const = default;
 };
 
-// All six keys are required when decoding.
-void to_json(Json& j, const DiagnosticThresholds& thresholds);
-void from_json(const Json& j, DiagnosticThresholds& thresholds);
+// Every key is optional when decoding: a settings file that names one threshold keeps the
+// standard value of the others.
+CORVEL_JSON_LENIENT(DiagnosticThresholds, warningFreeFraction, criticalFreeFraction, warningFreeBytes,
+                    criticalFreeBytes, nvmeWearWarningPercent, temperatureWarningCelsius)
 
 }  // namespace corvel

@@ -31,6 +31,7 @@ SettingsStore::Loaded SettingsStore::load() {
     } catch (const std::exception& error) {
         problem = path_.string() + ": " + error.what();
     }
+    unreadable_ = problem.has_value();
     if (problem && problem != reportedProblem_) {
         reportedProblem_ = problem;
         loaded.warning = "settings file is unreadable, using the defaults until the next change (" + *problem + ")";
@@ -39,6 +40,12 @@ SettingsStore::Loaded SettingsStore::load() {
 }
 
 void SettingsStore::save(const CorvelSettings& settings) {
+    if (unreadable_) {
+        // The user may still want what was in it.
+        std::error_code ignored;
+        std::filesystem::rename(path_, path_.string() + ".unreadable", ignored);
+        unreadable_ = false;
+    }
     const Json document = settings;
     AtomicFile::write(path_, document.dump(2) + "\n");
     // The bad file is gone; should a new one break the same way, that is news again.

@@ -1,7 +1,8 @@
 // Keeps the user's settings as "settings.json" in the data folder. A missing file means the
-// defaults. A file we cannot read or decode also reads as the defaults, but it is left exactly as
-// it is (the user may want to repair it) until the next change replaces it, and the problem is
-// reported once per store rather than on every load.
+// defaults, and so does every key a file leaves out. A file we cannot read or decode also reads as
+// the defaults, but it is left exactly as it is (the user may want to repair it) until the next
+// change, which first keeps it aside as "settings.json.unreadable"; the problem is reported once
+// per store rather than on every load.
 //
 //   SettingsStore store(dataDir, home);
 //   auto loaded = store.load();               // loaded.settings, loaded.warning
@@ -33,13 +34,15 @@ public:
     CorvelSettings defaults() const { return CorvelSettings::defaults(home_); }
 
     Loaded load();
-    // Throws FileError when the file cannot be written; the old file is then untouched.
+    // Throws FileError when the file cannot be written; the old file is then untouched. An
+    // unreadable file met by `load` is renamed to "settings.json.unreadable" first.
     void save(const CorvelSettings& settings);
 
 private:
     std::filesystem::path path_;
     std::filesystem::path home_;
     std::optional<std::string> reportedProblem_;
+    bool unreadable_ = false;  // the file exists but could not be used
 };
 
 }  // namespace corvel

@@ -73,9 +73,9 @@ TEST(CorvelSettings, JsonRoundTripWithEveryField) {
     EXPECT_FALSE(Json(settings).contains("workspace"));
 }
 
-TEST(CorvelSettings, WrongTypesAndIncompleteThresholdsAreDecodingErrors) {
+TEST(CorvelSettings, WrongTypesAreDecodingErrors) {
     for (const char* text : {R"({"intervalMinutes": "five"})", R"({"verifiedVolumes": {"X": "yesterday"}})",
-                             R"({"verifiedVolumes": []})", R"({"thresholds": {"warningFreeFraction": 0.2}})",
+                             R"({"verifiedVolumes": []})", R"({"thresholds": {"warningFreeFraction": "low"}})",
                              R"({"expectedVolumes": [{"volumeID": "X"}]})", R"([1, 2])"}) {
         auto settings = CorvelSettings::defaults(home);
         EXPECT_THROW(from_json(Json::parse(text), settings), DecodingError) << text;
@@ -197,11 +197,12 @@ TEST_F(SettingsStoreTest, SaveThenLoadRoundTrips) {
     EXPECT_EQ(loaded.settings, settings);
 }
 
-TEST_F(SettingsStoreTest, PartialFileTakesDefaultsForMissingKeys) {
-    writeFile(R"({"notificationsEnabled": false})");
+TEST_F(SettingsStoreTest, PartialFileTakesDefaultsForMissingKeysNestedOnesToo) {
+    writeFile(R"({"notificationsEnabled": false, "thresholds": {"warningFreeFraction": 0.25}})");
     const auto loaded = SettingsStore(dir_, home).load();
     auto expected = CorvelSettings::defaults(home);
     expected.notificationsEnabled = false;
+    expected.thresholds.warningFreeFraction = 0.25;
     EXPECT_EQ(loaded.settings, expected);
     EXPECT_FALSE(loaded.warning);
 }
@@ -226,6 +227,9 @@ TEST_F(SettingsStoreTest, UnreadableFileReadsAsDefaultsReportedOnceAndKeptUntilN
     const auto third = store.load();
     EXPECT_FALSE(third.warning);
     EXPECT_EQ(third.settings.intervalMinutes, 8);
+    // What the user had is kept beside the new file, not lost.
+    std::ifstream kept(dir_ / "settings.json.unreadable");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), corrupt);
 }
 
 TEST_F(SettingsStoreTest, WrongTypedOrOutOfRangeValuesCountAsUnreadable) {
