@@ -3,8 +3,8 @@
 #include <plist/plist.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 
@@ -179,12 +179,57 @@ plist_t newDate(TimePoint value) {
 #endif
 }
 
+std::uint64_t readBigEndian(std::string_view bytes, std::size_t at, std::size_t width) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < width; ++i) value = (value << 8) | static_cast<unsigned char>(bytes[at + i]);
+    return value;
+}
+
+}  // namespace
+
+bool PropertyList::binaryStringHoldsNul(std::string_view bytes) {
+    constexpr std::size_t trailerSize = 32;
+    if (bytes.size() < 8 + trailerSize || bytes.substr(0, 6) != "bplist") return false;
+    const std::size_t trailer = bytes.size() - trailerSize;
+    const std::size_t offsetSize = static_cast<unsigned char>(bytes[trailer + 6]);
+    const std::uint64_t objectCount = readBigEndian(bytes, trailer + 8, 8);
+    const std::uint64_t tableStart = readBigEndian(bytes, trailer + 24, 8);
+    // A malformed trailer is the library's to refuse; only well-formed tables are walked.
+    if (offsetSize < 1 || offsetSize > 8 || tableStart >= trailer || objectCount > (trailer - tableStart) / offsetSize)
+        return false;
+    for (std::uint64_t i = 0; i < objectCount; ++i) {
+        std::size_t at = readBigEndian(bytes, static_cast<std::size_t>(tableStart + i * offsetSize), offsetSize);
+        if (at >= trailer) continue;
+        const auto marker = static_cast<unsigned char>(bytes[at]);
+        const unsigned kind = marker >> 4;
+        if (kind != 0x5 && kind != 0x6) continue;  // ASCII and UTF-16 strings (keys are strings)
+        std::uint64_t length = marker & 0x0F;
+        ++at;
+        if (length == 0x0F) {  // the length follows as an integer object
+            if (at >= trailer) continue;
+            const std::size_t width = std::size_t{1} << (static_cast<unsigned char>(bytes[at]) & 0x03);
+            if (at + 1 + width > trailer) continue;
+            length = readBigEndian(bytes, at + 1, width);
+            at += 1 + width;
+        }
+        const std::uint64_t unit = kind == 0x6 ? 2 : 1;
+        if (length > (trailer - at) / unit) continue;
+        for (std::uint64_t k = 0; k < length; ++k) {
+            const bool isNul =
+                unit == 1 ? bytes[at + k] == '\0' : bytes[at + 2 * k] == '\0' && bytes[at + 2 * k + 1] == '\0';
+            if (isNul) return true;
+        }
+    }
+    return false;
+}
+
+namespace {
+
 plist_t parseMemory(std::string_view bytes) {
     plist_t root = nullptr;
 #if defined(CORVEL_LIBPLIST_MODERN_API)
     plist_format_t format{};
-    plist_err_t status =
-        plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root, &format);
+    plist_err_t status = plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root, &format);
     if (status != PLIST_ERR_SUCCESS) {
         if (root) plist_free(root);
         return nullptr;
@@ -291,6 +336,10 @@ PropertyListValue parse(std::string_view bytes) {
     if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
         throw PropertyListError("not a property list: too large");
     }
+    // The library aborts the whole process on a dictionary key holding a NUL character (an
+    // assertion in plist_get_key_val), so such input never reaches it.
+    if (PropertyList::binaryStringHoldsNul(bytes))
+        throw PropertyListError("not a property list: a text holds a NUL character");
     PlistHandle root(parseMemory(bytes));
     if (!root) throw PropertyListError("not a property list: the data is not in XML or binary property-list format");
     return fromNode(static_cast<plist_t>(root.get()), 0);

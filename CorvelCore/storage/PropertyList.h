@@ -86,6 +86,10 @@ enum class Format { xml, binary };
 // (including empty, truncated or oversized input).
 PropertyListValue parse(std::string_view bytes);
 
+// Whether a binary property list holds a text (a key or a value) with a NUL character in it;
+// false for anything that is not a well-formed binary property list.
+bool binaryStringHoldsNul(std::string_view bytes);
+
 // Writes a value in the chosen format.
 std::string encode(const PropertyListValue& value, Format format);
 

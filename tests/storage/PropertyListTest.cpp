@@ -1,6 +1,6 @@
+#include "StorageTestSupport.h"
 #include "storage/DiskutilParser.h"
 #include "storage/PropertyList.h"
-#include "StorageTestSupport.h"
 
 #include "common/AtomicFile.h"
 
@@ -68,10 +68,34 @@ TEST(PropertyList, DiskToolOutputReadsTheSameInBinaryForm) {
 }
 
 TEST(PropertyList, RejectsWhatIsNotAPropertyList) {
-    for (std::string bad : {std::string(), std::string("not a plist"), std::string("{\"json\": true}"),
-                            std::string("<plist version=\"1.0\"><dict><key>A</key>"), std::string("bplist00\x01\x02", 10)}) {
+    for (std::string bad :
+         {std::string(), std::string("not a plist"), std::string("{\"json\": true}"),
+          std::string("<plist version=\"1.0\"><dict><key>A</key>"), std::string("bplist00\x01\x02", 10)}) {
         EXPECT_THROW(PropertyList::parse(bad), PropertyListError) << bad;
     }
+}
+
+// A binary dictionary {"a\0b" (UTF-16): "x"}: the library asserts on such a key and takes the whole
+// process down, so the reader must refuse it first. An ASCII text with a NUL is refused the same way.
+std::string binaryWithKey(std::string key) {
+    std::string objects = std::string("\xD1\x01\x02", 3) + key + std::string("\x51x", 2);
+    const char offsets[3] = {8, 11, static_cast<char>(11 + key.size())};
+    std::string trailer(32, '\0');
+    trailer[6] = trailer[7] = 1;
+    trailer[15] = 3;
+    trailer[31] = static_cast<char>(8 + objects.size());
+    return "bplist00" + objects + std::string(offsets, 3) + trailer;
+}
+
+TEST(PropertyList, ATextHoldingANulCharacterIsRefusedNotFatal) {
+    const std::string utf16Key("\x63\x00\x61\x00\x00\x00\x62", 7);
+    const std::string asciiKey("\x53\x61\x00\x62", 4);
+    EXPECT_THROW(PropertyList::parse(binaryWithKey(utf16Key)), PropertyListError);
+    EXPECT_THROW(PropertyList::parse(binaryWithKey(asciiKey)), PropertyListError);
+    const std::string cleanKey("\x53\x61\x62\x63", 4);
+    const auto clean = PropertyList::parse(binaryWithKey(cleanKey));
+    ASSERT_NE(clean.find("abc"), nullptr);
+    EXPECT_EQ(*clean.find("abc"), PropertyListValue::string("x"));
 }
 
 // Output cut off mid-stream (a tool killed at its time-out) must never crash the reader: every
