@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 ARGS ?= status
 
-.PHONY: deps configure build run test test-sanitize bench format clean
+.PHONY: deps configure build run test test-sanitize fuzz bench format clean
 
 deps:
 	@scripts/install-deps
@@ -26,6 +26,14 @@ test-sanitize: deps
 	cmake --preset asan-ubsan
 	cmake --build --preset asan-ubsan -j $(JOBS)
 	ctest --preset asan-ubsan -j $(JOBS)
+
+# libFuzzer needs clang with its runtime (Debian: clang; macOS: Homebrew's llvm, not Apple's clang).
+FUZZ_SECONDS ?= 600
+FUZZ_CXX ?= $(if $(filter Darwin,$(shell uname -s)),$(shell brew --prefix llvm 2>/dev/null)/bin/clang++,clang++)
+fuzz: deps
+	cmake --preset fuzz -DCMAKE_CXX_COMPILER=$(FUZZ_CXX)
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz --seconds $(FUZZ_SECONDS) $(FUZZERS)
 
 bench: deps
 	cmake --preset release

@@ -51,8 +51,9 @@ void addHelpCommand(CLI::App& app, CliContext& context) {
     auto topic = std::make_shared<std::string>();
     help->add_option("command", *topic, "The command to explain");
     help->callback([&app, &context, topic] {
+        // App::help() would describe the selected subcommand, which is this "help" itself.
         if (topic->empty()) {
-            context.out() << app.help();
+            context.out() << app.get_formatter()->make_help(&app, programName, CLI::AppFormatMode::Normal);
             return;
         }
         CLI::App* sub = nullptr;
@@ -61,7 +62,7 @@ void addHelpCommand(CLI::App& app, CliContext& context) {
         } catch (const CLI::OptionNotFound&) {
         }
         if (!sub || *topic == "help") throw UsageError("unknown command '" + *topic + "' (see 'velmora help')");
-        context.out() << sub->help();
+        context.out() << sub->help(programName);
     });
 }
 

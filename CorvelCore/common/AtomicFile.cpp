@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 
@@ -16,6 +17,23 @@ namespace {
 
 [[noreturn]] void fail(const std::filesystem::path& path, const char* action, int error) {
     throw FileError("Could not " + std::string(action) + " " + path.string() + ": " + std::strerror(error));
+}
+
+// A writer killed between mkstemp and rename leaves its temporary behind. A write takes
+// milliseconds, so one older than this belongs to no live writer and would otherwise pile up.
+constexpr auto staleTemporaryAge = std::chrono::minutes(10);
+
+void removeStaleTemporaries(const std::filesystem::path& folder, const std::string& name) {
+    const std::string prefix = "." + name + ".";
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::error_code ec;
+    for (std::filesystem::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string entry = it->path().filename().string();
+        if (entry.size() != prefix.size() + 6 || entry.compare(0, prefix.size(), prefix) != 0) continue;
+        std::error_code timeError;
+        const auto modified = it->last_write_time(timeError);
+        if (!timeError && now - modified > staleTemporaryAge) std::filesystem::remove(it->path(), timeError);
+    }
 }
 
 }  // namespace
@@ -50,6 +68,7 @@ void write(const std::filesystem::path& path, std::string_view contents) {
     if (::fsync(fd.get()) != 0) discard(errno);
     if (::close(fd.release()) != 0) discard(errno);
     if (::rename(temporary.c_str(), path.c_str()) != 0) discard(errno);
+    removeStaleTemporaries(folder, path.filename().string());
 }
 
 std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit) {

@@ -44,7 +44,7 @@ DockerReading DockerReading::read(Machine& machine, const StorageSnapshot& snaps
         try {
             host = std::make_unique<RecordedDockerHost>(
                 recording->document, recording->directory, mountPoints(snapshot),
-                [&machine](const std::string& executable) { return machine.toolInstalled(executable); });
+                [&machine](const std::string& tool) { return machine.toolInstalled(tool); });
         } catch (const RecordingError& error) {
             throw MachineError(std::string("--replay: ") + error.what());
         }

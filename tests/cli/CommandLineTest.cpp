@@ -1,6 +1,7 @@
 // Drives the real velmora binary as a person would, checking exit codes and the one-line errors.
 #include "cli/VelmoraProcess.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -30,6 +31,13 @@ TEST(CommandLine, VersionAndHelp) {
 
     const auto helpHelp = velmora({"help", "help"});
     EXPECT_EQ(helpHelp.status, 2);
+
+    // "velmora help" is the overview (not the help of "help"); a command's help names the program.
+    const auto overview = velmora({"help"});
+    EXPECT_EQ(overview.status, 0);
+    EXPECT_THAT(overview.out, ::testing::HasSubstr("Usage: velmora [OPTIONS] [SUBCOMMAND]"));
+    EXPECT_THAT(overview.out, ::testing::HasSubstr("--replay DIR"));
+    EXPECT_THAT(velmora({"help", "scan"}).out, ::testing::HasSubstr("Usage: velmora scan"));
 }
 
 TEST(CommandLine, BadUsageIsOneLineAndExitTwo) {

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <filesystem>
+#include <fstream>
 
 using namespace corvel;
 namespace fs = std::filesystem;
@@ -42,6 +42,21 @@ TEST_F(AtomicFileTest, WritesCreatingFoldersAndReplacesWhole) {
     std::size_t count = 0;
     for ([[maybe_unused]] const auto& entry : fs::directory_iterator(path.parent_path())) ++count;
     EXPECT_EQ(count, 1u);
+}
+
+TEST_F(AtomicFileTest, AWriteRemovesTemporariesThatKilledWritersLeftBehindLongAgo) {
+    const auto path = folder / "settings.json";
+    AtomicFile::write(path, "first");
+    const auto old = folder / ".settings.json.a1b2c3";
+    const auto fresh = folder / ".settings.json.d4e5f6";  // perhaps another writer at work now
+    const auto otherFile = folder / ".summary.json.a1b2c3";
+    for (const auto& leftover : {old, fresh, otherFile}) std::ofstream(leftover) << "half";
+    fs::last_write_time(old, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    fs::last_write_time(otherFile, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    AtomicFile::write(path, "second");
+    EXPECT_FALSE(fs::exists(old));
+    EXPECT_TRUE(fs::exists(fresh));
+    EXPECT_TRUE(fs::exists(otherFile));
 }
 
 TEST_F(AtomicFileTest, MissingFileReadsAsNothing) {

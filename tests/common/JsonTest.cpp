@@ -49,3 +49,8 @@ TEST(JsonHelpers, KeysKeepTheirWrittenOrder) {
     j["alpha"] = 2;
     EXPECT_EQ(j.dump(), R"({"zeta":1,"alpha":2})");
 }
+
+TEST(JsonHelpers, ADocumentNestedAHundredThousandLevelsDeepIsRefusedWithoutExhaustingTheStack) {
+    const std::string text = std::string(100000, '[') + std::string(100000, ']');
+    EXPECT_THROW(parseJsonText(text, "deep.json"), DecodingError);
+}

@@ -128,3 +128,12 @@ TEST(PropertyList, BuildersMakeComparableValues) {
     b.set("Size", num(6));
     EXPECT_NE(a, b);
 }
+
+TEST(PropertyList, ADocumentNestedAHundredThousandLevelsDeepIsRefusedWithoutExhaustingTheStack) {
+    constexpr int levels = 100000;
+    std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0">)";
+    for (int i = 0; i < levels; ++i) xml += "<array>";
+    for (int i = 0; i < levels; ++i) xml += "</array>";
+    xml += "</plist>";
+    EXPECT_THROW(PropertyList::parse(xml), PropertyListError);
+}

@@ -34,12 +34,14 @@ std::optional<std::vector<FiemapExtent>> extents(int fd, Mode mode) {
     std::uint64_t start = 0;
     for (bool first = true;; first = false) {
         std::memset(buffer, 0, sizeof buffer);
-        struct fiemap request {};
-        request.fm_start = start;
-        request.fm_length = FIEMAP_MAX_OFFSET - start;
-        request.fm_flags = mode == Mode::syncFirst ? FIEMAP_FLAG_SYNC : 0;
-        request.fm_extent_count = batchExtents;
-        std::memcpy(buffer, &request, sizeof request);
+        // Field by field rather than through a `struct fiemap` value, whose flexible extent array
+        // is an extension some compilers refuse to let us declare.
+        const std::uint64_t length = FIEMAP_MAX_OFFSET - start;
+        const std::uint32_t flags = mode == Mode::syncFirst ? FIEMAP_FLAG_SYNC : 0;
+        std::memcpy(buffer + offsetof(struct fiemap, fm_start), &start, sizeof start);
+        std::memcpy(buffer + offsetof(struct fiemap, fm_length), &length, sizeof length);
+        std::memcpy(buffer + offsetof(struct fiemap, fm_flags), &flags, sizeof flags);
+        std::memcpy(buffer + offsetof(struct fiemap, fm_extent_count), &batchExtents, sizeof batchExtents);
         if (::ioctl(fd, FS_IOC_FIEMAP, buffer) != 0) {
             if (first) return std::nullopt;
             break;
