@@ -25,5 +25,7 @@ void registerScanCommands(CLI::App& app, CliContext& context);
 void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);
+void registerAgentCommands(CLI::App& app, CliContext& context);
+void registerHistoryCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

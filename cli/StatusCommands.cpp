@@ -10,8 +10,11 @@
 #include "common/Text.h"
 #include "insights/InsightEngine.h"
 #include "machine/RefreshCycle.h"
+#include "monitoring/CapacityForecast.h"
+#include "monitoring/HistoryStore.h"
 
 #include <cmath>
+#include <map>
 #include <sstream>
 
 namespace corvel::cli {
@@ -107,7 +110,9 @@ void printDiskDetails(CliContext& context, const StorageSnapshot& snapshot) {
     }
 }
 
-void printVolumes(CliContext& context, const StorageSnapshot& snapshot) {
+// `forecasts` (volume id -> days until full) adds the forecast beside the volumes that have one.
+void printVolumes(CliContext& context, const StorageSnapshot& snapshot,
+                  const std::map<std::string, double>& forecasts = {}) {
     const auto& style = context.style();
     printHeading(context, "Volumes");
     if (snapshot.volumes.empty()) {
@@ -119,9 +124,11 @@ void printVolumes(CliContext& context, const StorageSnapshot& snapshot) {
     table.addRow({style.dim("NAME"), style.dim("MOUNT POINT"), style.dim("FILE SYSTEM"), style.dim("USED"),
                   style.dim("FREE"), style.dim("SIZE"), style.dim("DISK"), ""});
     for (const auto& volume : snapshot.volumes) {
+        const auto forecast = forecasts.find(volume.id);
         table.addRow({volume.name, volume.mountPoint, volume.fileSystemLabel(), usageText(volume, style),
                       ByteFormat::string(volume.availableBytes), ByteFormat::string(volume.totalBytes),
-                      volume.physicalDiskID.value_or(style.dim("—")), style.dim(flagsText(volume))});
+                      volume.physicalDiskID.value_or(style.dim("—")), style.dim(flagsText(volume)),
+                      forecast == forecasts.end() ? "" : style.yellow(CapacityForecast::describeBriefly(forecast->second))});
     }
     table.print(context.out(), "  ");
 
@@ -134,12 +141,13 @@ void printVolumes(CliContext& context, const StorageSnapshot& snapshot) {
     }
 }
 
-void printWarnings(CliContext& context, const StorageSnapshot& snapshot) {
-    if (snapshot.warnings.empty()) return;
+void printWarnings(CliContext& context, const StorageSnapshot& snapshot, const std::vector<std::string>& more = {}) {
+    if (snapshot.warnings.empty() && more.empty()) return;
     const auto& style = context.style();
     context.out() << '\n';
     printHeading(context, "Warnings");
     for (const auto& warning : snapshot.warnings) context.out() << "  " << style.yellow("!") << ' ' << warning << '\n';
+    for (const auto& warning : more) context.out() << "  " << style.yellow("!") << ' ' << terminalSafe(warning) << '\n';
 }
 
 Json warningsJson(const StorageSnapshot& snapshot) {
@@ -151,7 +159,11 @@ Json warningsJson(const StorageSnapshot& snapshot) {
 void registerStatusCommands(CLI::App& app, CliContext& context) {
     auto* status = app.add_subcommand("status", "Show the disks and mounted volumes of this machine (the default)");
     status->callback([&context] {
-        const auto refresh = RefreshCycle::run(context.machine(), loadSettings(context));
+        // Status reads the history the agent keeps, for the forecasts; it records nothing itself.
+        HistoryStore history(HistoryStore::defaultURL(context.machine().dataFolder()));
+        RefreshCycle::Steps steps;
+        steps.history = &history;
+        const auto refresh = RefreshCycle::run(context.machine(), loadSettings(context), steps);
         const auto& snapshot = refresh.snapshot;
         const auto& diagnosis = refresh.diagnosis;
         const auto insights =
@@ -160,17 +172,18 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
             Json document{{"snapshot", snapshot}};
             addDiagnosisJson(document, diagnosis);
             document["insights"] = insights.insights;
+            document["forecasts"] = refresh.forecasts;
             context.printJson(document);
             return;
         }
         context.printSource();
         printDisks(context, snapshot);
         context.out() << '\n';
-        printVolumes(context, snapshot);
+        printVolumes(context, snapshot, refresh.forecasts);
         context.out() << '\n';
         printHealthSummary(context, diagnosis);
         printTopInsights(context, insights);
-        printWarnings(context, snapshot);
+        printWarnings(context, snapshot, refresh.warnings);
     });
 
     auto* disks = app.add_subcommand("disks", "Show the physical disks with their partitions and health");

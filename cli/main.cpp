@@ -18,5 +18,7 @@ int main(int argc, char** argv) {
         registerSpaceCommands(app, ctx);
         registerDockerCommands(app, ctx);
         registerInsightsCommands(app, ctx);
+        registerAgentCommands(app, ctx);
+        registerHistoryCommands(app, ctx);
     });
 }
