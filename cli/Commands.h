@@ -27,5 +27,6 @@ void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);
 void registerAgentCommands(CLI::App& app, CliContext& context);
 void registerHistoryCommands(CLI::App& app, CliContext& context);
+void registerCleanupCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

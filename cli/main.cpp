@@ -20,5 +20,6 @@ int main(int argc, char** argv) {
         registerInsightsCommands(app, ctx);
         registerAgentCommands(app, ctx);
         registerHistoryCommands(app, ctx);
+        registerCleanupCommands(app, ctx);
     });
 }

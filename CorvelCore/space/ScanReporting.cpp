@@ -185,6 +185,10 @@ std::vector<CategoryTotal> categoryTotals(const ScanTree& tree, const SpaceCatal
 
 }  // namespace
 
+SpaceNode folderNodeOf(const ScanTree& tree, const ScanDirectory& folder, const SpaceCatalog& catalog) {
+    return folderNode(folder, tree.path(&folder), catalog);
+}
+
 std::string displayText(std::string_view raw) {
     if (isPureASCII(raw)) return std::string(raw);
     return DirectoryReader::repairedUTF8(raw);

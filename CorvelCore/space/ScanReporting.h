@@ -22,9 +22,9 @@
 namespace corvel {
 
 struct SpaceTreeOptions {
-    int maxDepth = 3;               // levels below the root that get children
-    std::size_t maxChildren = 12;   // per folder, before folding the rest
-    double minimumShare = 0.005;    // of the folder's allocated bytes, before folding
+    int maxDepth = 3;              // levels below the root that get children
+    std::size_t maxChildren = 12;  // per folder, before folding the rest
+    double minimumShare = 0.005;   // of the folder's allocated bytes, before folding
 };
 
 namespace ScanReporting {
@@ -34,6 +34,10 @@ SpaceScanReport report(const ScanTree& tree, const SpaceCatalog& catalog);
 // Streams the tree into `sink` (beginNode/endNode pairs), then calls finish(report).
 void emit(const ScanTree& tree, const SpaceCatalog& catalog, const SpaceTreeOptions& options,
           const SpaceScanReport& report, SpaceScanSink& sink);
+
+// One folder of the tree as a classified node without children (the cleanup selection reads
+// folders of a scan this way).
+SpaceNode folderNodeOf(const ScanTree& tree, const ScanDirectory& folder, const SpaceCatalog& catalog);
 
 // Text for a name or path fit for people and JSON (invalid UTF-8 repaired).
 std::string displayText(std::string_view raw);

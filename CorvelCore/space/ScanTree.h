@@ -117,6 +117,7 @@ struct ScanTree {
     std::vector<FoundFile> largestFiles;  // largest first
     std::vector<DuplicateGroup> duplicates;
     std::vector<std::string> credentialsInTrash;  // raw paths
+    std::vector<std::string> credentialFiles;     // raw paths, sorted; only with listCredentials
 
     // Raw path of a folder, or of an item in it.
     std::string path(const ScanDirectory* folder) const;

@@ -120,6 +120,7 @@ struct Worker {
     std::vector<FoundFile> largest;  // a heap, smallest on top
     std::vector<PendingDuplicate> duplicates;
     std::vector<std::pair<const ScanDirectory*, std::string>> credentials;
+    std::vector<std::pair<const ScanDirectory*, std::string>> credentialFiles;
     std::int64_t deniedDirectories = 0;
     std::int64_t unreadableFiles = 0;
     std::int64_t skippedMountPoints = 0;
@@ -390,8 +391,11 @@ private:
         folder->directAllocatedBytes = checkedAdd(folder->directAllocatedBytes, status.allocatedBytes);
         folder->directExclusiveBytes = checkedAdd(folder->directExclusiveBytes, exclusive);
         folder->modifiedNanoseconds = std::max(folder->modifiedNanoseconds, status.modifiedNanoseconds);
-        if (folder->has(ScanDirectory::inTrash) && CredentialNames::looksLikeCredential(name))
-            worker.credentials.emplace_back(folder, std::string(name));
+        const bool inTrash = folder->has(ScanDirectory::inTrash);
+        if ((inTrash || options_.listCredentials) && CredentialNames::looksLikeCredential(name)) {
+            if (inTrash) worker.credentials.emplace_back(folder, std::string(name));
+            if (options_.listCredentials) worker.credentialFiles.emplace_back(folder, std::string(name));
+        }
         if (!regular) return;
 
         ++folder->directFileCount;
@@ -510,6 +514,8 @@ private:
             for (auto& file : worker.largest) tree_.largestFiles.push_back(std::move(file));
             for (const auto& [folder, name] : worker.credentials)
                 tree_.credentialsInTrash.push_back(tree_.path(folder, name));
+            for (const auto& [folder, name] : worker.credentialFiles)
+                tree_.credentialFiles.push_back(tree_.path(folder, name));
             for (const auto& pending : worker.duplicates) {
                 candidates.push_back({tree_.path(pending.folder, pending.name), pending.logicalBytes,
                                       pending.allocatedBytes, pending.device, pending.inode,
@@ -519,6 +525,7 @@ private:
         std::sort(tree_.largestFiles.begin(), tree_.largestFiles.end(), smallerFile);
         if (tree_.largestFiles.size() > options_.largestFileCount) tree_.largestFiles.resize(options_.largestFileCount);
         std::sort(tree_.credentialsInTrash.begin(), tree_.credentialsInTrash.end());
+        std::sort(tree_.credentialFiles.begin(), tree_.credentialFiles.end());
         if (!candidates.empty() && !cancelled()) {
             // Hashing is bound by the processor, not by waiting on the disk: one thread per core.
             const unsigned hashers =

@@ -37,6 +37,9 @@ struct SpaceScanOptions {
     std::size_t largestFileCount = 20;
     bool findDuplicates = true;
     std::int64_t duplicateMinimumBytes = 1024 * 1024;
+    // Also list every credential-like file name wherever it lies (ScanTree::credentialFiles), not
+    // only those in a trash: a cleanup must not empty a folder that holds the only copy of a key.
+    bool listCredentials = false;
     // Paths that show a volume a second time; skipped when they lie below the root.
     std::vector<std::string> countedElsewhere{"/System/Volumes/Data"};
 };
