@@ -22,6 +22,9 @@ struct EnumTable<MemoryKind> {
 };
 CORVEL_ENUM_JSON(MemoryKind)
 
+// One sentence for people on what the figure counts.
+std::string_view meaning(MemoryKind kind);
+
 // The less exact of two kinds: a total that mixes PSS and RSS figures is only as good as RSS.
 inline MemoryKind coarser(MemoryKind a, MemoryKind b) {
     return static_cast<int>(a) >= static_cast<int>(b) ? a : b;
