@@ -28,5 +28,6 @@ void registerInsightsCommands(CLI::App& app, CliContext& context);
 void registerAgentCommands(CLI::App& app, CliContext& context);
 void registerHistoryCommands(CLI::App& app, CliContext& context);
 void registerCleanupCommands(CLI::App& app, CliContext& context);
+void registerProcessCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

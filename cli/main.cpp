@@ -21,5 +21,6 @@ int main(int argc, char** argv) {
         registerAgentCommands(app, ctx);
         registerHistoryCommands(app, ctx);
         registerCleanupCommands(app, ctx);
+        registerProcessCommands(app, ctx);
     });
 }
