@@ -29,5 +29,6 @@ void registerAgentCommands(CLI::App& app, CliContext& context);
 void registerHistoryCommands(CLI::App& app, CliContext& context);
 void registerCleanupCommands(CLI::App& app, CliContext& context);
 void registerProcessCommands(CLI::App& app, CliContext& context);
+void registerAccountingCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -22,5 +22,6 @@ int main(int argc, char** argv) {
         registerHistoryCommands(app, ctx);
         registerCleanupCommands(app, ctx);
         registerProcessCommands(app, ctx);
+        registerAccountingCommands(app, ctx);
     });
 }

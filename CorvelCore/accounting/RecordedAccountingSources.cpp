@@ -1,0 +1,36 @@
+#include "accounting/RecordedAccountingSources.h"
+
+#include <stdexcept>
+
+namespace corvel {
+
+RecordedAccountingSources::RecordedAccountingSources(const Json& machineDocument) : mountTable_(machineDocument) {
+    if (!machineDocument.is_object()) return;
+    const auto text = machineDocument.find("swaps");
+    if (text == machineDocument.end()) return;
+    if (text->is_string()) {
+        swaps_ = text->get<std::string>();
+        return;
+    }
+    if (!text->is_array()) {
+        problem_ = "swaps: expected a string or a list of lines";
+        return;
+    }
+    std::string joined;
+    for (const auto& line : *text) {
+        if (!line.is_string()) {
+            problem_ = "swaps: every line must be a string";
+            return;
+        }
+        joined += line.get<std::string>();
+        joined += '\n';
+    }
+    swaps_ = std::move(joined);
+}
+
+std::string RecordedAccountingSources::swaps() {
+    if (!swaps_) throw std::runtime_error(problem_);
+    return *swaps_;
+}
+
+}  // namespace corvel
