@@ -25,5 +25,6 @@ void registerScanCommands(CLI::App& app, CliContext& context);
 void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);
+void registerDiskOpsCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

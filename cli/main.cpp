@@ -18,5 +18,6 @@ int main(int argc, char** argv) {
         registerSpaceCommands(app, ctx);
         registerDockerCommands(app, ctx);
         registerInsightsCommands(app, ctx);
+        registerDiskOpsCommands(app, ctx);
     });
 }
