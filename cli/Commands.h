@@ -30,5 +30,6 @@ void registerHistoryCommands(CLI::App& app, CliContext& context);
 void registerCleanupCommands(CLI::App& app, CliContext& context);
 void registerProcessCommands(CLI::App& app, CliContext& context);
 void registerAccountingCommands(CLI::App& app, CliContext& context);
+void registerDiskOpsCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -23,5 +23,6 @@ int main(int argc, char** argv) {
         registerCleanupCommands(app, ctx);
         registerProcessCommands(app, ctx);
         registerAccountingCommands(app, ctx);
+        registerDiskOpsCommands(app, ctx);
     });
 }

@@ -11,4 +11,8 @@ StorageSnapshot discover(CommandRunning& runner, TimePoint now) {
     return LinuxStorageDiscovery(runner, mountTable).snapshot(now);
 }
 
+std::unique_ptr<MountTableReading> mountTable() {
+    return std::make_unique<ProcMountTable>();
+}
+
 }  // namespace corvel::PlatformStorage

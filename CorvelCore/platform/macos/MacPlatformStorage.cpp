@@ -9,4 +9,8 @@ StorageSnapshot discover(CommandRunning& runner, TimePoint now) {
     return StorageDiscovery(runner, volumes).snapshot(now);
 }
 
+std::unique_ptr<MountTableReading> mountTable() {
+    return nullptr;
+}
+
 }  // namespace corvel::PlatformStorage
