@@ -25,5 +25,8 @@ void registerScanCommands(CLI::App& app, CliContext& context);
 void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);
+void registerConsentCommands(CLI::App& app, CliContext& context);
+void registerUpdateCommands(CLI::App& app, CliContext& context);
+void registerUninstallCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -18,5 +18,8 @@ int main(int argc, char** argv) {
         registerSpaceCommands(app, ctx);
         registerDockerCommands(app, ctx);
         registerInsightsCommands(app, ctx);
+        registerConsentCommands(app, ctx);
+        registerUpdateCommands(app, ctx);
+        registerUninstallCommands(app, ctx);
     });
 }
