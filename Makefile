@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 ARGS ?= status
 
-.PHONY: deps configure build run test test-sanitize fuzz bench format clean
+.PHONY: deps configure build run test test-sanitize fuzz bench install package format clean
 
 deps:
 	@scripts/install-deps
@@ -39,6 +39,19 @@ bench: deps
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
 	bench/compare-peers.sh
+
+# An optimised build installed under PREFIX (default /usr/local), and the release packages with
+# their .sha256 files in build/release (Linux: .deb and .tar.gz; macOS: .pkg).
+PREFIX ?= /usr/local
+install: deps
+	cmake --preset release -DCORVEL_BUILD_TESTS=OFF -DCORVEL_BUILD_BENCH=OFF
+	cmake --build --preset release -j $(JOBS) --target velmora
+	cmake --install build/release --prefix $(PREFIX)
+
+package: deps
+	cmake --preset release -DCORVEL_BUILD_TESTS=OFF -DCORVEL_BUILD_BENCH=OFF
+	cmake --build --preset release -j $(JOBS) --target velmora
+	cd build/release && cpack
 
 format:
 	find CorvelCore cli tests bench -name '*.h' -o -name '*.cpp' | xargs clang-format -i

@@ -1,5 +1,6 @@
 #include "CliErrors.h"
 #include "Commands.h"
+#include "UninstallCommands.h"
 #include "command/CommandError.h"
 #include "common/AtomicFile.h"
 
@@ -81,7 +82,10 @@ int runCommandLine(int argc, const char* const* argv, CliContext& context, const
     families(app, context);
     // Every option is checked before any command starts work: a bad --now or --replay is bad
     // usage, not a failure found after a long scan.
-    app.parse_complete_callback([&context] { context.validate(); });
+    app.parse_complete_callback([&context] {
+        context.validate();
+        migrateLegacyData(context);
+    });
 
     auto& err = context.err();
     // CLI11 would take the default command's name as the value ("--replay status").

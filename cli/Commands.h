@@ -31,5 +31,8 @@ void registerCleanupCommands(CLI::App& app, CliContext& context);
 void registerProcessCommands(CLI::App& app, CliContext& context);
 void registerAccountingCommands(CLI::App& app, CliContext& context);
 void registerDiskOpsCommands(CLI::App& app, CliContext& context);
+void registerConsentCommands(CLI::App& app, CliContext& context);
+void registerUpdateCommands(CLI::App& app, CliContext& context);
+void registerUninstallCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -24,5 +24,8 @@ int main(int argc, char** argv) {
         registerProcessCommands(app, ctx);
         registerAccountingCommands(app, ctx);
         registerDiskOpsCommands(app, ctx);
+        registerConsentCommands(app, ctx);
+        registerUpdateCommands(app, ctx);
+        registerUninstallCommands(app, ctx);
     });
 }

@@ -1,7 +1,9 @@
 #include "diagnostics/CorvelSettings.h"
 
-#include <array>
+#include "common/RepositoryName.h"
+
 #include <fmt/format.h>
+#include <array>
 
 namespace corvel {
 
@@ -38,24 +40,23 @@ std::optional<std::string> CorvelSettings::validationProblem() const {
     if (workspace && (workspace->empty() || workspace->front() != '/'))
         return "workspace must be an absolute path, not '" + *workspace + "'";
     for (const auto& volume : expectedVolumes)
-        if (volume.volumeID.empty() || volume.name.empty())
-            return "expectedVolumes entries need a volumeID and a name";
+        if (volume.volumeID.empty() || volume.name.empty()) return "expectedVolumes entries need a volumeID and a name";
+    if (updateRepository && !RepositoryName::isValid(*updateRepository))
+        return "updateRepository must be a GitHub repository as OWNER/NAME, not '" + *updateRepository + "'";
     return std::nullopt;
 }
 
 void to_json(Json& j, const CorvelSettings& settings) {
-    j = Json{{"monitoringEnabled", settings.monitoringEnabled},
-             {"intervalMinutes", settings.intervalMinutes},
-             {"notificationsEnabled", settings.notificationsEnabled},
-             {"thresholds", settings.thresholds},
-             {"customFootprintPaths", settings.customFootprintPaths},
-             {"projectRoots", settings.projectRoots}};
+    j = Json{{"monitoringEnabled", settings.monitoringEnabled},       {"intervalMinutes", settings.intervalMinutes},
+             {"notificationsEnabled", settings.notificationsEnabled}, {"thresholds", settings.thresholds},
+             {"customFootprintPaths", settings.customFootprintPaths}, {"projectRoots", settings.projectRoots}};
     putOptional(j, "workspace", settings.workspace);
     j["agentIntervalMinutes"] = settings.agentIntervalMinutes;
     Json verified = Json::object();
     for (const auto& [volumeID, when] : settings.verifiedVolumes) verified[volumeID] = when;
     j["verifiedVolumes"] = std::move(verified);
     j["expectedVolumes"] = settings.expectedVolumes;
+    putOptional(j, "updateRepository", settings.updateRepository);
 }
 
 void from_json(const Json& j, CorvelSettings& settings) {
@@ -76,6 +77,8 @@ void from_json(const Json& j, CorvelSettings& settings) {
         settings.verifiedVolumes = std::move(verified);
     }
     readIfPresent(j, "expectedVolumes", settings.expectedVolumes);
+    if (auto repository = optionalValue<std::string>(j, "updateRepository"))
+        settings.updateRepository = std::move(*repository);
 }
 
 }  // namespace corvel

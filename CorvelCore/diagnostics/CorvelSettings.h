@@ -25,11 +25,12 @@ struct CorvelSettings {
     bool notificationsEnabled = true;
     DiagnosticThresholds thresholds;
     std::vector<std::string> customFootprintPaths;
-    std::vector<std::string> projectRoots;  // absolute paths; order matters (first match wins)
-    std::optional<std::string> workspace;   // the workspace folder, when the user chose one
-    int agentIntervalMinutes = 15;          // the background agent's check interval
-    std::map<std::string, TimePoint> verifiedVolumes;  // volume id -> last successful verification
+    std::vector<std::string> projectRoots;                          // absolute paths; order matters (first match wins)
+    std::optional<std::string> workspace;                           // the workspace folder, when the user chose one
+    int agentIntervalMinutes = 15;                                  // the background agent's check interval
+    std::map<std::string, TimePoint> verifiedVolumes;               // volume id -> last successful verification
     std::vector<HealthAssessment::ExpectedVolume> expectedVolumes;  // volumes the setup depends on
+    std::optional<std::string> updateRepository;                    // OWNER/NAME of the releases; absent: Velmora's own
 
     // The defaults, with the usual project folders in `home` as project roots.
     static CorvelSettings defaults(const std::filesystem::path& home);

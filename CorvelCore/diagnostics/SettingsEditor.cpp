@@ -3,12 +3,12 @@
 #include "common/ByteFormat.h"
 #include "common/Text.h"
 
+#include <fmt/format.h>
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <fmt/format.h>
 #include <functional>
 
 namespace corvel::SettingsEditor {
@@ -89,9 +89,10 @@ std::int64_t bytes(const Input& in) {
         ++split;
     const auto number = parseDouble(text.substr(0, split));
     const std::string unit = toUpper(trim(text.substr(split)));
-    static constexpr std::array<std::pair<std::string_view, double>, 8> units{{
-        {"", 1}, {"B", 1}, {"BYTES", 1}, {"KB", 1e3}, {"MB", 1e6}, {"GB", 1e9}, {"TB", 1e12}, {"PB", 1e15}}};
-    const auto found = std::find_if(units.begin(), units.end(), [&unit](const auto& entry) { return entry.first == unit; });
+    static constexpr std::array<std::pair<std::string_view, double>, 8> units{
+        {{"", 1}, {"B", 1}, {"BYTES", 1}, {"KB", 1e3}, {"MB", 1e6}, {"GB", 1e9}, {"TB", 1e12}, {"PB", 1e15}}};
+    const auto found =
+        std::find_if(units.begin(), units.end(), [&unit](const auto& entry) { return entry.first == unit; });
     if (!number || found == units.end()) in.refuse();
     const double amount = std::round(*number * found->second);
     if (amount >= 9.0e18) in.refuse();
@@ -125,18 +126,25 @@ std::vector<std::string> pathList(const Input& in) {
     return result;
 }
 
-std::string yesNo(bool value) { return value ? "true" : "false"; }
+std::string yesNo(bool value) {
+    return value ? "true" : "false";
+}
 
-std::string listText(const std::vector<std::string>& items) { return items.empty() ? "(none)" : join(items, ":"); }
+std::string listText(const std::vector<std::string>& items) {
+    return items.empty() ? "(none)" : join(items, ":");
+}
 
-std::string bytesText(std::int64_t amount) { return fmt::format("{} ({})", amount, ByteFormat::string(amount)); }
+std::string bytesText(std::int64_t amount) {
+    return fmt::format("{} ({})", amount, ByteFormat::string(amount));
+}
 
 const std::vector<Setter>& setters() {
     constexpr std::string_view minutesText = "whole minutes from 1 to 1440";
     constexpr std::string_view booleanText = "true or false";
     constexpr std::string_view pathsText = "absolute paths separated by ':' or a JSON array; empty clears";
     static const std::vector<Setter> table{
-        {"monitoringEnabled", booleanText, [](CorvelSettings& s, const Input& in) { s.monitoringEnabled = boolean(in); }},
+        {"monitoringEnabled", booleanText,
+         [](CorvelSettings& s, const Input& in) { s.monitoringEnabled = boolean(in); }},
         {"intervalMinutes", minutesText, [](CorvelSettings& s, const Input& in) { s.intervalMinutes = minutes(in); }},
         {"notificationsEnabled", booleanText,
          [](CorvelSettings& s, const Input& in) { s.notificationsEnabled = boolean(in); }},
@@ -160,7 +168,8 @@ const std::vector<Setter>& setters() {
              if (!celsius) in.refuse();
              s.thresholds.temperatureWarningCelsius = *celsius;
          }},
-        {"customFootprintPaths", pathsText, [](CorvelSettings& s, const Input& in) { s.customFootprintPaths = pathList(in); }},
+        {"customFootprintPaths", pathsText,
+         [](CorvelSettings& s, const Input& in) { s.customFootprintPaths = pathList(in); }},
         {"projectRoots", pathsText, [](CorvelSettings& s, const Input& in) { s.projectRoots = pathList(in); }},
         {"workspace", "an absolute path; empty or 'none' clears",
          [](CorvelSettings& s, const Input& in) {
@@ -180,6 +189,14 @@ const std::vector<Setter>& setters() {
              } catch (const std::exception&) {
                  in.refuse();
              }
+         }},
+        {"updateRepository", "a GitHub repository as OWNER/NAME; empty or 'none' uses Velmora's own",
+         [](CorvelSettings& s, const Input& in) {
+             const std::string text(trim(in.value));
+             if (text.empty() || text == "none")
+                 s.updateRepository.reset();
+             else
+                 s.updateRepository = text;
          }},
     };
     return table;
@@ -218,6 +235,7 @@ std::vector<std::pair<std::string, std::string>> entries(const CorvelSettings& s
     for (const auto& volume : s.expectedVolumes)
         expected.push_back(fmt::format("{} ({}, {})", volume.name, volume.volumeID, volume.reason));
     rows.emplace_back("expectedVolumes", expected.empty() ? "(none)" : join(expected, "; "));
+    rows.emplace_back("updateRepository", s.updateRepository ? *s.updateRepository : "(default)");
     if (s.verifiedVolumes.empty()) rows.emplace_back("verifiedVolumes", "(none)");
     for (const auto& [volumeID, when] : s.verifiedVolumes)
         rows.emplace_back(std::string(verifiedPrefix) + volumeID, ISO8601::format(when));
@@ -238,8 +256,8 @@ CorvelSettings apply(const CorvelSettings& settings, std::string_view key, std::
             changed.verifiedVolumes[volumeID] = *when;
         }
     } else {
-        const auto found = std::find_if(setters().begin(), setters().end(),
-                                        [key](const Setter& setter) { return setter.key == key; });
+        const auto found =
+            std::find_if(setters().begin(), setters().end(), [key](const Setter& setter) { return setter.key == key; });
         if (found == setters().end()) {
             std::vector<std::string> names;
             for (const auto& info : keys()) names.push_back(info.key);
