@@ -523,7 +523,10 @@ private:
             // Hashing is bound by the processor, not by waiting on the disk: one thread per core.
             const unsigned hashers =
                 std::clamp(std::thread::hardware_concurrency(), 1u, static_cast<unsigned>(workers.size()));
-            tree_.duplicates = DuplicateFinder::find(std::move(candidates), hashers, [this] { return cancelled(); });
+            auto search =
+                DuplicateFinder::find(std::move(candidates), hashers, progress_, [this] { return cancelled(); });
+            tree_.duplicates = std::move(search.groups);
+            tree_.sparseFilesLeftOut = search.sparseLeftOut;
         }
         tree_.wasCancelled = cancelled_.load();
     }
