@@ -35,6 +35,9 @@ struct ScanCommandOptions {
 };
 
 std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
+    if (now.hashCandidates > 0)
+        return fmt::format("Duplicates: hashing {} of {} candidates", groupedCount(now.hashedCandidates),
+                           groupedCount(now.hashCandidates));
     const double rate = seconds > 0 ? static_cast<double>(now.files) / seconds : 0;
     std::string line =
         fmt::format("Scanning: {} files, {}, {} files/s", groupedCount(now.files),
@@ -105,6 +108,10 @@ void printHuman(CliContext& context, const SpaceNode& tree, const SpaceScanRepor
     } else if (report.duplicates.empty()) {
         out << "  none found (files of 1 MB and more, same length and same SHA-256)\n";
     }
+    if (searchedDuplicates && report.sparseFilesLeftOut > 0)
+        out << style.dim(fmt::format("  {} sparse files left out (mostly holes: reading them would read zeros)",
+                                     groupedCount(report.sparseFilesLeftOut)))
+            << '\n';
     for (std::size_t i = 0; i < report.duplicates.size() && i < top; ++i) {
         const auto& group = report.duplicates[i];
         out << "  " << ByteFormat::string(group.reclaimableBytes()) << " reclaimable: " << group.paths.size()

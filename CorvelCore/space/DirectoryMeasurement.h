@@ -1,10 +1,12 @@
-// The allocated size of one folder (or file) as measured at a point in time.
+// The allocated size of one folder (or file) as measured at a point in time, with what could not
+// be read on the way.
 #pragma once
 
 #include <cstdint>
 
 #include "common/ISO8601.h"
 #include "common/Json.h"
+#include "space/WalkFailures.h"
 
 namespace corvel {
 
@@ -13,6 +15,7 @@ struct DirectoryMeasurement {
     std::int64_t fileCount = 0;
     TimePoint measuredAt{};
     bool wasCancelled = false;
+    WalkFailures failures;
 
     bool operator==(const DirectoryMeasurement&) const = default;
 };

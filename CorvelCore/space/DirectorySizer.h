@@ -3,11 +3,12 @@
 // clone-aware measurement). Used for the developer footprint, where speed matters more than
 // exactness about clones.
 //
-//   if (auto size = DirectorySizer::measure(home / ".npm", now, [] { return false; })) { ... }
+//   ScanProgress progress;
+//   if (auto size = DirectorySizer::measure(home / ".npm", now, progress, [] { return false; })) { ... }
 //
 // Hidden files are counted; symbolic links inside the tree are not followed (a location that is
-// itself a link is measured at its target); unreadable subfolders are skipped, never fatal; the
-// walk stays on the location's device.
+// itself a link is measured at its target); unreadable subfolders are counted per reason and the
+// walk goes on; the walk (FolderWalk) stays on the location's mount.
 #pragma once
 
 #include <filesystem>
@@ -17,18 +18,22 @@
 #include "common/ISO8601.h"
 #include "space/DirectoryMeasurement.h"
 #include "space/FileMetadataReading.h"
+#include "space/FolderWalk.h"
+#include "space/ScanProgress.h"
 
 namespace corvel::DirectorySizer {
 
 // How many files are counted between two polls of isCancelled (it is also polled per folder).
-inline constexpr std::int64_t cancellationPollInterval = 1'000;
+inline constexpr std::int64_t cancellationPollInterval = FolderWalk::cancellationPollInterval;
 
-// Absent when nothing exists at `location`.
+// Absent when nothing exists at `location`. Progress is published to `progress`, which is left
+// unfinished: a survey measures several locations into one.
 std::optional<DirectoryMeasurement> measure(const std::filesystem::path& location, TimePoint now,
-                                            const std::function<bool()>& isCancelled, FileMetadataReading& files);
+                                            ScanProgress& progress, const std::function<bool()>& isCancelled,
+                                            FileMetadataReading& files);
 
 // The same over the live file system.
 std::optional<DirectoryMeasurement> measure(const std::filesystem::path& location, TimePoint now,
-                                            const std::function<bool()>& isCancelled);
+                                            ScanProgress& progress, const std::function<bool()>& isCancelled);
 
 }  // namespace corvel::DirectorySizer

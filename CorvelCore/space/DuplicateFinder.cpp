@@ -38,15 +38,17 @@ void forEachParallel(std::size_t count, unsigned threads, Work work) {
 
 // Splits each group by the digest `hashOf` gives its members; members without one drop out.
 std::vector<std::vector<std::pair<Candidate, std::string>>> splitByDigest(
-    const std::vector<std::vector<Candidate>>& groups, unsigned threads, std::int64_t limit,
+    const std::vector<std::vector<Candidate>>& groups, unsigned threads, std::int64_t limit, ScanProgress& progress,
     const std::function<bool()>& isCancelled) {
     std::vector<std::pair<std::size_t, std::size_t>> work;
     for (std::size_t g = 0; g < groups.size(); ++g)
         for (std::size_t m = 0; m < groups[g].size(); ++m) work.emplace_back(g, m);
     std::vector<std::optional<std::string>> digests(work.size());
+    progress.setHashCandidates(static_cast<std::int64_t>(work.size()));
     forEachParallel(work.size(), threads, [&](std::size_t i) {
-        if (isCancelled()) return;
-        digests[i] = digest(groups[work[i].first][work[i].second].path, limit);
+        if (isCancelled && isCancelled()) return;
+        digests[i] = digest(groups[work[i].first][work[i].second].path, limit, isCancelled);
+        progress.addHashedCandidate();
     });
     std::vector<std::vector<std::pair<Candidate, std::string>>> result;
     std::size_t i = 0;
@@ -63,6 +65,10 @@ std::vector<std::vector<std::pair<Candidate, std::string>>> splitByDigest(
 }
 
 }  // namespace
+
+bool isSparse(const Candidate& candidate) {
+    return candidate.allocatedBytes < candidate.logicalBytes / 2;
+}
 
 std::vector<std::vector<Candidate>> sameLengthGroups(std::vector<Candidate> candidates) {
     std::sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
@@ -90,7 +96,8 @@ std::vector<std::vector<Candidate>> sameLengthGroups(std::vector<Candidate> cand
     return groups;
 }
 
-std::optional<std::string> digest(const std::string& path, std::int64_t limit) {
+std::optional<std::string> digest(const std::string& path, std::int64_t limit,
+                                  const std::function<bool()>& isCancelled) {
     std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
     if (!file) return std::nullopt;
     std::unique_ptr<EVP_MD_CTX, DigestContextFree> context(EVP_MD_CTX_new());
@@ -98,7 +105,9 @@ std::optional<std::string> digest(const std::string& path, std::int64_t limit) {
     std::vector<unsigned char> buffer(256 * 1024);
     std::int64_t remaining = limit < 0 ? INT64_MAX : limit;
     while (remaining > 0) {
-        const auto want = static_cast<std::size_t>(std::min<std::int64_t>(remaining, static_cast<std::int64_t>(buffer.size())));
+        if (isCancelled && isCancelled()) return std::nullopt;
+        const auto want =
+            static_cast<std::size_t>(std::min<std::int64_t>(remaining, static_cast<std::int64_t>(buffer.size())));
         const std::size_t got = std::fread(buffer.data(), 1, want, file.get());
         if (got > 0 && EVP_DigestUpdate(context.get(), buffer.data(), got) != 1) return std::nullopt;
         remaining -= static_cast<std::int64_t>(got);
@@ -120,13 +129,18 @@ std::optional<std::string> digest(const std::string& path, std::int64_t limit) {
     return hex;
 }
 
-std::vector<DuplicateGroup> find(std::vector<Candidate> candidates, unsigned threads,
-                                 const std::function<bool()>& isCancelled) {
+Search find(std::vector<Candidate> candidates, unsigned threads, ScanProgress& progress,
+            const std::function<bool()>& isCancelled) {
     threads = std::max(1u, threads);
+    const auto sparse = std::partition(candidates.begin(), candidates.end(),
+                                       [](const Candidate& candidate) { return !isSparse(candidate); });
+    Search search;
+    search.sparseLeftOut = static_cast<std::int64_t>(candidates.end() - sparse);
+    candidates.erase(sparse, candidates.end());
     const auto groups = sameLengthGroups(std::move(candidates));
 
     // A sample first: files of equal length usually differ in their first bytes already.
-    const auto sampled = splitByDigest(groups, threads, sampleBytes, isCancelled);
+    const auto sampled = splitByDigest(groups, threads, sampleBytes, progress, isCancelled);
     std::vector<std::vector<std::pair<Candidate, std::string>>> confirmed;
     std::vector<std::vector<Candidate>> needFullDigest;
     for (const auto& group : sampled) {
@@ -138,9 +152,10 @@ std::vector<DuplicateGroup> find(std::vector<Candidate> candidates, unsigned thr
             needFullDigest.push_back(std::move(members));
         }
     }
-    for (auto& group : splitByDigest(needFullDigest, threads, -1, isCancelled)) confirmed.push_back(std::move(group));
+    for (auto& group : splitByDigest(needFullDigest, threads, -1, progress, isCancelled))
+        confirmed.push_back(std::move(group));
 
-    std::vector<DuplicateGroup> result;
+    std::vector<DuplicateGroup>& result = search.groups;
     for (const auto& group : confirmed) {
         DuplicateGroup duplicate;
         duplicate.logicalBytes = group.front().first.logicalBytes;
@@ -157,7 +172,7 @@ std::vector<DuplicateGroup> find(std::vector<Candidate> candidates, unsigned thr
         if (a.reclaimableBytes() != b.reclaimableBytes()) return a.reclaimableBytes() > b.reclaimableBytes();
         return a.paths < b.paths;
     });
-    return result;
+    return search;
 }
 
 }  // namespace corvel::DuplicateFinder

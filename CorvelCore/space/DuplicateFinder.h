@@ -3,11 +3,18 @@
 // Hard links (one inode) and clones of one another (same first physical block) are one file
 // here, because deleting one of them would free nothing.
 //
-//   auto groups = DuplicateFinder::find(candidates, 4, [] { return false; });
-//   // largest reclaimable first; each group's paths sorted
+// Sparse files (far fewer bytes allocated than their length says) are left out: reading one
+// reads its holes as zeros, so two empty 10 GB disk images would take minutes to compare, and
+// removing a copy frees only the little it allocates. The search says how many it left out.
+// Hashing polls `isCancelled` between blocks and counts hashed candidates in the ScanProgress.
+//
+//   ScanProgress progress;
+//   auto search = DuplicateFinder::find(candidates, 4, progress, [] { return false; });
+//   // search.groups: largest reclaimable first; each group's paths sorted
 #pragma once
 
 #include "space/DuplicateGroup.h"
+#include "space/ScanProgress.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,17 +37,29 @@ struct Candidate {
 
 inline constexpr std::int64_t sampleBytes = 64 * 1024;
 
+// Left out as sparse: less than half of the length is allocated.
+bool isSparse(const Candidate& candidate);
+
+struct Search {
+    std::vector<DuplicateGroup> groups;
+    std::int64_t sparseLeftOut = 0;  // candidates not hashed because they are sparse
+
+    bool operator==(const Search&) const = default;
+};
+
 // Groups of two or more candidates of equal length, after folding hard links and clones of one
 // another into one member each. Pure; groups ordered by length, largest first.
 std::vector<std::vector<Candidate>> sameLengthGroups(std::vector<Candidate> candidates);
 
 // SHA-256 (lower-case hex) of the first `limit` bytes of a file, or of all of it when `limit` is
-// negative; absent when the file cannot be read.
-std::optional<std::string> digest(const std::string& path, std::int64_t limit);
+// negative; absent when the file cannot be read or `isCancelled` (polled between blocks) answers
+// true.
+std::optional<std::string> digest(const std::string& path, std::int64_t limit,
+                                  const std::function<bool()>& isCancelled = nullptr);
 
 // The duplicate groups, largest reclaimable space first. Files that cannot be read are left out.
 // Hashing runs on up to `threads` threads and stops early when `isCancelled` answers true.
-std::vector<DuplicateGroup> find(std::vector<Candidate> candidates, unsigned threads,
-                                 const std::function<bool()>& isCancelled);
+Search find(std::vector<Candidate> candidates, unsigned threads, ScanProgress& progress,
+            const std::function<bool()>& isCancelled);
 
 }  // namespace corvel::DuplicateFinder

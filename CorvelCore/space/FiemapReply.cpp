@@ -3,7 +3,6 @@
 #include <cstring>
 #include <limits>
 
-#include "common/CheckedArithmetic.h"
 
 namespace corvel::FiemapReply {
 
@@ -57,7 +56,9 @@ std::vector<ExtentRange> physicalRanges(std::span<const FiemapExtent> extents) {
     ranges.reserve(extents.size());
     for (const FiemapExtent& extent : extents) {
         if (extent.flags & (flagUnknown | flagDelayedAllocation | flagInline)) continue;
-        if (extent.length == 0 || extent.physical > maxOffset || extent.length - 1 > maxOffset - extent.physical)
+        // The range must end before the largest device offset, so that summing ranges that cover
+        // the whole device cannot overflow either.
+        if (extent.length == 0 || extent.physical > maxOffset || extent.length > maxOffset - extent.physical)
             continue;
         const auto lower = static_cast<std::int64_t>(extent.physical);
         ranges.push_back({lower, lower + static_cast<std::int64_t>(extent.length - 1)});
@@ -66,13 +67,15 @@ std::vector<ExtentRange> physicalRanges(std::span<const FiemapExtent> extents) {
 }
 
 std::int64_t exclusiveBytes(std::span<const FiemapExtent> extents) {
-    std::int64_t total = 0;
+    std::uint64_t total = 0;
     for (const FiemapExtent& extent : extents) {
         if (extent.flags & flagShared) continue;
-        if (extent.length > maxOffset) continue;  // a corrupt reply, not a real extent
-        total = checkedAdd(total, static_cast<std::int64_t>(extent.length));
+        // No file reaches past the largest signed offset: such an extent is a corrupt reply.
+        if (extent.logical > maxOffset || extent.length > maxOffset - extent.logical) continue;
+        // Overlapping extents of a corrupt reply can still add up past what a file can hold.
+        total = extent.length > maxOffset - total ? maxOffset : total + extent.length;
     }
-    return total;
+    return static_cast<std::int64_t>(total);
 }
 
 }  // namespace corvel::FiemapReply

@@ -62,10 +62,12 @@ std::optional<std::uint64_t> nextStart(const Batch& batch, std::uint64_t start);
 
 // Closed device ranges of the extents that have their own place on the device: extents whose
 // location is unknown (delayed allocation) or that are stored inline in metadata are left out,
-// as is any extent whose end does not fit a signed 64-bit offset.
+// as is any extent that does not end before the largest signed 64-bit offset.
 std::vector<ExtentRange> physicalRanges(std::span<const FiemapExtent> extents);
 
-// Bytes of the extents not flagged shared: what deleting the file would free.
+// Bytes of the extents not flagged shared: what deleting the file would free. Extents reaching
+// past the largest file offset are left out and the sum stops at the largest signed value, so a
+// corrupt reply never aborts the caller.
 std::int64_t exclusiveBytes(std::span<const FiemapExtent> extents);
 
 }  // namespace FiemapReply

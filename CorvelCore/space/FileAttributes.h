@@ -3,7 +3,9 @@
 // (platform/linux uses statx and FIEMAP, platform/macos getattrlist and F_LOG2PHYS_EXT); the
 // replies are decoded by the pure FiemapReply and AttributeListReply.
 //
-// None of these follow a final symbolic link, and none throw: a failure is an absent value.
+// None of these follow a final symbolic link, and none throw: a failure is an absent value. The
+// `At` forms name a file relative to an open folder handle, so that walkers never build a path
+// the system would have to resolve again (or could not, past the longest path it accepts).
 #pragma once
 
 #include <cstdint>
@@ -17,12 +19,15 @@
 
 namespace corvel {
 
-// What a walker needs to know about a path it did not get a type for, or must not leave the
-// device of.
+// What a walker needs to know about an entry it did not get a type for, or must not leave the
+// mount of.
 struct PathStatus {
     DirectoryReader::EntryType type = DirectoryReader::EntryType::other;
-    std::int32_t device = 0;
+    std::uint64_t device = 0;
     std::int64_t allocatedBytes = 0;
+    // The mount the entry lies on: a bind mount of a folder of the same device still differs
+    // here (Linux mount ID; macOS has no bind mounts, so the device number).
+    std::uint64_t mountID = 0;
 
     bool operator==(const PathStatus&) const = default;
 };
@@ -41,6 +46,12 @@ std::optional<std::vector<ExtentRange>> physicalExtents(const std::string& path,
 
 // lstat: type, device and allocated size of the path itself.
 std::optional<PathStatus> status(const std::string& path);
+
+// facts and physicalExtents for the entry `name` of the open folder `directory`; `error` gets
+// the system's error number on failure.
+std::optional<FileSizeFacts> factsAt(int directory, const std::string& name, int& error);
+std::optional<std::vector<ExtentRange>> physicalExtentsAt(int directory, const std::string& name,
+                                                          std::int64_t logicalSize, int& error);
 
 }  // namespace FileAttributes
 }  // namespace corvel

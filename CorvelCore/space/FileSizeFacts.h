@@ -29,7 +29,8 @@ void to_json(Json& json, const FileSizeFacts& facts);
 void from_json(const Json& json, FileSizeFacts& facts);
 
 // A file time as the OS reports it (whole seconds since 1970 plus nanoseconds), without the
-// rounding a conversion through floating point would bring.
+// rounding a conversion through floating point would bring. Clamped to the years 1 to 9999 and
+// to nanoseconds within one second, so that no value read from outside can overflow.
 TimePoint fileTime(std::int64_t seconds, std::int64_t nanoseconds);
 
 }  // namespace corvel

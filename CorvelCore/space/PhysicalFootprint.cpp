@@ -6,12 +6,11 @@
 
 #include "common/CheckedArithmetic.h"
 #include "common/PathText.h"
+#include "space/FolderWalk.h"
 
 namespace corvel::PhysicalFootprint {
 
 namespace {
-
-using DirectoryReader::EntryType;
 
 // Running state of one accounting scope (the whole tree, or one area).
 struct Account {
@@ -35,112 +34,71 @@ struct Account {
     }
 };
 
-struct PendingDirectory {
-    std::string path;
-    Account* area;  // null: outside every area
-};
-
-class Walk {
+class Measurement final : public FolderWalk::Visitor {
 public:
-    Walk(const std::set<std::string>& areas, const Progress& progress, FileMetadataReading& files)
-        : progress_(progress), files_(files) {
+    Measurement(const std::set<std::string>& areas, FileMetadataReading& files) : files_(files) {
         for (const std::string& area : areas) areas_.try_emplace(standardizedPath(area));
+        for (auto& [path, account] : areas_) tags_.push_back(&account);
     }
 
-    Result run(const std::string& root, const CancellationCheck& isCancelled) {
-        const std::optional<PathStatus> rootStatus = files_.status(root);
-        std::vector<PendingDirectory> pending{{root, areaAt(root, nullptr)}};
-        bool cancelled = false;
-        while (!pending.empty()) {
-            if (isCancelled && isCancelled()) {
-                cancelled = true;
-                break;
-            }
-            PendingDirectory directory = std::move(pending.back());
-            pending.pop_back();
-            visit(directory, rootStatus, pending);
+    std::size_t enterFolder(const std::string& path, std::size_t parentTag) override {
+        const auto found = areas_.find(path);
+        if (found == areas_.end()) return parentTag;
+        for (std::size_t i = 0; i < tags_.size(); ++i)
+            if (tags_[i] == &found->second) return i + 1;
+        return parentTag;
+    }
+
+    FolderWalk::FileOutcome file(int folder, const std::string& name, const std::optional<PathStatus>&,
+                                 std::size_t tag) override {
+        Account* area = tag == 0 ? nullptr : tags_[tag - 1];
+        int error = 0;
+        const std::optional<FileSizeFacts> facts = files_.factsAt(folder, name, error);
+        if (!facts) {
+            countUnreadable(area);
+            return {false, 0, error};
         }
+        if (facts->linkCount >= 2 && !countedLinks_.insert(facts->fileID).second) return {};
+        global_.countFile(*facts);
+        if (area != nullptr) area->countFile(*facts);
+
+        if (facts->exclusiveBytes && *facts->exclusiveBytes >= facts->allocatedBytes) {
+            global_.privateBytes = checkedAdd(global_.privateBytes, facts->allocatedBytes);
+            if (area != nullptr) area->privateBytes = checkedAdd(area->privateBytes, facts->allocatedBytes);
+            return {true, facts->allocatedBytes, 0};
+        }
+        const auto ranges = files_.physicalExtentsAt(folder, name, facts->logicalBytes, error);
+        if (!ranges) {
+            countUnreadable(area);
+            return {true, facts->allocatedBytes, error};
+        }
+        global_.extents.add(*ranges);
+        if (area != nullptr) area->extents.add(*ranges);
+        return {true, facts->allocatedBytes, 0};
+    }
+
+    Result finish(FolderWalk::Outcome&& outcome) {
         Result result;
         result.total = global_.finished();
         for (auto& [path, account] : areas_) result.areas.emplace(path, account.finished());
-        result.deniedDirectories = deniedDirectories_;
-        result.wasCancelled = cancelled;
+        result.deniedDirectories = outcome.deniedDirectories;
+        result.wasCancelled = outcome.wasCancelled;
+        result.failures = std::move(outcome.failures);
+        result.rootError = std::move(outcome.rootError);
         return result;
     }
 
 private:
-    Account* areaAt(const std::string& path, Account* parentArea) {
-        const auto found = areas_.find(path);
-        return found == areas_.end() ? parentArea : &found->second;
-    }
-
-    void visit(const PendingDirectory& directory, const std::optional<PathStatus>& rootStatus,
-               std::vector<PendingDirectory>& pending) {
-        std::vector<DirectoryReader::Entry> entries;
-        try {
-            entries = files_.readDirectory(directory.path);
-        } catch (const DirectoryReader::Failure&) {
-            deniedDirectories_ += 1;
-            return;
-        }
-        for (const DirectoryReader::Entry& entry : entries) {
-            const std::string child = childPath(directory.path, entry.name);
-            EntryType type = entry.type;
-            std::optional<PathStatus> status;
-            if (type == EntryType::other) {
-                // Some file systems leave the entry type unknown; only then is a status needed
-                // to tell files and folders apart.
-                status = files_.status(child);
-                if (status) type = status->type;
-            }
-            if (type == EntryType::regular) {
-                countFile(child, directory.area);
-            } else if (type == EntryType::directory) {
-                if (!status) status = files_.status(child);
-                // Other volumes and mount points below the root are never entered.
-                if (!status || !rootStatus || status->device != rootStatus->device) continue;
-                pending.push_back({child, areaAt(child, directory.area)});
-            }
-            // Symbolic links and special files are never followed or counted.
-        }
-    }
-
     void countUnreadable(Account* area) {
         global_.totals.unreadableFiles += 1;
         if (area != nullptr) area->totals.unreadableFiles += 1;
     }
 
-    void countFile(const std::string& path, Account* area) {
-        const std::optional<FileSizeFacts> facts = files_.facts(path);
-        if (!facts) {
-            countUnreadable(area);
-            return;
-        }
-        if (facts->linkCount >= 2 && !countedLinks_.insert(facts->fileID).second) return;
-        global_.countFile(*facts);
-        if (area != nullptr) area->countFile(*facts);
-        if (progress_ && global_.totals.fileCount % progressInterval == 0) progress_(global_.totals.fileCount);
-
-        if (facts->exclusiveBytes && *facts->exclusiveBytes >= facts->allocatedBytes) {
-            global_.privateBytes = checkedAdd(global_.privateBytes, facts->allocatedBytes);
-            if (area != nullptr) area->privateBytes = checkedAdd(area->privateBytes, facts->allocatedBytes);
-            return;
-        }
-        const auto ranges = files_.physicalExtents(path, facts->logicalBytes);
-        if (!ranges) {
-            countUnreadable(area);
-            return;
-        }
-        global_.extents.add(*ranges);
-        if (area != nullptr) area->extents.add(*ranges);
-    }
-
-    const Progress& progress_;
     FileMetadataReading& files_;
     Account global_;
     std::map<std::string, Account> areas_;
+    std::vector<Account*> tags_;  // tag i + 1 is area i
     std::unordered_set<std::uint64_t> countedLinks_;
-    std::int64_t deniedDirectories_ = 0;
 };
 
 }  // namespace
@@ -168,6 +126,8 @@ void to_json(Json& json, const Result& result) {
     for (const auto& [path, totals] : result.areas) json["areas"][path] = totals;
     json["deniedDirectories"] = result.deniedDirectories;
     json["wasCancelled"] = result.wasCancelled;
+    json["failures"] = result.failures;
+    putOptional(json, "rootError", result.rootError);
 }
 
 void from_json(const Json& json, Result& result) {
@@ -175,6 +135,8 @@ void from_json(const Json& json, Result& result) {
     result.areas = required<std::map<std::string, Totals>>(json, "areas");
     result.deniedDirectories = required<std::int64_t>(json, "deniedDirectories");
     result.wasCancelled = required<bool>(json, "wasCancelled");
+    result.failures = valueOr<WalkFailures>(json, "failures", {});
+    result.rootError = optionalValue<std::string>(json, "rootError");
 }
 
 std::string standardizedPath(const std::filesystem::path& path) {
@@ -185,12 +147,15 @@ std::string childPath(const std::string& directory, const std::string& name) {
     return joinPath(directory, name);
 }
 
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, ScanProgress& progress,
                const CancellationCheck& isCancelled, FileMetadataReading& files) {
-    return Walk(areas, progress, files).run(standardizedPath(root), isCancelled);
+    Measurement measurement(areas, files);
+    Result result = measurement.finish(FolderWalk::run(standardizedPath(root), measurement, files, progress, isCancelled));
+    progress.markFinished();
+    return result;
 }
 
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, ScanProgress& progress,
                const CancellationCheck& isCancelled) {
     SystemFileMetadata files;
     return measure(root, areas, progress, isCancelled, files);

@@ -2,23 +2,28 @@
 // (what each file holds, shared blocks counted per file) and unique physical bytes (every
 // device block counted once), overall and for named areas below the root.
 //
+//   ScanProgress progress;
 //   auto result = PhysicalFootprint::measure("/var/lib/docker", {"/var/lib/docker/volumes"},
-//                                            nullptr, [] { return false; });
+//                                            progress, [] { return false; });
 //   auto sharedByClones = result.total.allocatedBytes - result.total.uniquePhysicalBytes;
 //
-// Hard-linked inodes count once, symbolic links are never followed, and the walk never leaves
-// the root's device. Unreadable files and folders are counted, never fatal.
+// Hard-linked inodes count once, symbolic links are never followed, and the walk (FolderWalk)
+// never leaves the root's mount. Unreadable files and folders are counted per reason, never
+// fatal; a root that cannot be read at all is said so in `rootError`.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "common/Json.h"
 #include "space/FileMetadataReading.h"
+#include "space/ScanProgress.h"
+#include "space/WalkFailures.h"
 
 namespace corvel::PhysicalFootprint {
 
@@ -42,6 +47,10 @@ struct Result {
     std::map<std::string, Totals> areas;
     std::int64_t deniedDirectories = 0;
     bool wasCancelled = false;
+    // What could not be read, per reason, with the first unreadable folders by path.
+    WalkFailures failures;
+    // Why the root itself could not be read: the totals then say nothing about it.
+    std::optional<std::string> rootError;
 
     bool operator==(const Result&) const = default;
 };
@@ -49,20 +58,17 @@ struct Result {
 void to_json(Json& json, const Result& result);
 void from_json(const Json& json, Result& result);
 
-// Called with the running file count every `progressInterval` files.
-using Progress = std::function<void(std::int64_t fileCount)>;
 using CancellationCheck = std::function<bool()>;
 
-inline constexpr std::int64_t progressInterval = 10'000;
-
 // `areas` are absolute folder paths accounted separately; a file belongs to the innermost area
-// that holds it. `progress` may be empty; `isCancelled` is polled before each folder and, when
-// it answers true, the partial totals come back with wasCancelled set.
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+// that holds it. Files, bytes and folders are published to `progress` as the walk goes;
+// `isCancelled` (may be empty) is polled before each folder and every thousand files and, when it
+// answers true, the partial totals come back with wasCancelled set.
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, ScanProgress& progress,
                const CancellationCheck& isCancelled, FileMetadataReading& files);
 
 // The same over the live file system.
-Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, const Progress& progress,
+Result measure(const std::filesystem::path& root, const std::set<std::string>& areas, ScanProgress& progress,
                const CancellationCheck& isCancelled);
 
 // Absolute, without "." and ".." components or a trailing "/" (except for "/" itself):

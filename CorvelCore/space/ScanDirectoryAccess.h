@@ -42,6 +42,11 @@ struct Status {
     std::int64_t allocatedBytes = 0;
     std::int64_t modifiedNanoseconds = 0;  // since 1970
     DirectoryReader::EntryType type = DirectoryReader::EntryType::other;
+    // The mount the entry lies on, filled by `status` of a handle: a bind mount of a folder of the
+    // same device differs here (Linux mount ID; on macOS, without bind mounts, the device).
+    std::uint64_t mountID = 0;
+    // What the file system reports as the file's own (clone-private) bytes, -1 when it does not.
+    std::int64_t exclusiveBytes = -1;
 };
 
 // What the extents of a file on a file system that can share blocks say.
@@ -62,6 +67,8 @@ bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& e
 
 bool status(int handle, Status& out, int& error);
 bool statusAt(int directory, const char* name, Status& out, int& error);
+// The status of what a path names, following a final symbolic link (a root as a person named it).
+bool statusOfTarget(const std::string& path, Status& out, int& error);
 
 // The file system's magic number (statfs f_type), 0 when unknown.
 std::uint64_t fileSystemMagic(int handle);
@@ -71,6 +78,15 @@ std::optional<CloneFacts> cloneFactsAt(int directory, const char* name, std::int
 
 // The identity of a path without following a final symbolic link, for paths the walk must skip.
 std::optional<Status> statusOfPath(const std::string& path);
+
+// Seconds and nanoseconds as one count, clamped where the product would overflow: a file system
+// (or a reply decoded from its bytes) can report any time a file was given.
+inline std::int64_t nanosecondsSince1970(std::int64_t seconds, std::int64_t nanoseconds) {
+    constexpr std::int64_t limit = INT64_MAX / 1'000'000'000 - 1;
+    if (seconds > limit) return INT64_MAX;
+    if (seconds < -limit) return INT64_MIN;
+    return seconds * 1'000'000'000 + nanoseconds % 1'000'000'000;
+}
 
 bool isAccessDenied(int error);
 // The entry went away or changed type between listing and opening it: not a failure to report.

@@ -14,7 +14,18 @@ void ScanProgress::setCurrentFolder(std::string_view path) {
     if (lock.owns_lock()) currentFolder_.assign(path);
 }
 
-void ScanProgress::markFinished() { finished_.store(true, std::memory_order_release); }
+void ScanProgress::setHashCandidates(std::int64_t total) {
+    hashedCandidates_.store(0, std::memory_order_relaxed);
+    hashCandidates_.store(total, std::memory_order_relaxed);
+}
+
+void ScanProgress::addHashedCandidate() {
+    hashedCandidates_.fetch_add(1, std::memory_order_relaxed);
+}
+
+void ScanProgress::markFinished() {
+    finished_.store(true, std::memory_order_release);
+}
 
 ScanProgress::Snapshot ScanProgress::snapshot() const {
     Snapshot result;
@@ -22,6 +33,8 @@ ScanProgress::Snapshot ScanProgress::snapshot() const {
     result.directories = directories_.load(std::memory_order_relaxed);
     result.allocatedBytes = allocatedBytes_.load(std::memory_order_relaxed);
     result.deniedDirectories = deniedDirectories_.load(std::memory_order_relaxed);
+    result.hashedCandidates = hashedCandidates_.load(std::memory_order_relaxed);
+    result.hashCandidates = hashCandidates_.load(std::memory_order_relaxed);
     result.finished = finished_.load(std::memory_order_acquire);
     std::lock_guard lock(folderMutex_);
     result.currentFolder = currentFolder_;

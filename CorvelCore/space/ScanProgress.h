@@ -23,6 +23,9 @@ public:
         std::int64_t allocatedBytes = 0;
         std::int64_t deniedDirectories = 0;
         std::string currentFolder;
+        // The duplicate search after the walk: candidates hashed so far of how many.
+        std::int64_t hashedCandidates = 0;
+        std::int64_t hashCandidates = 0;
         bool finished = false;
 
         bool operator==(const Snapshot&) const = default;
@@ -32,6 +35,9 @@ public:
     void addFolder(std::int64_t files, std::int64_t allocatedBytes, bool denied);
     // Skipped when another thread is naming a folder at the same moment: the name is only a hint.
     void setCurrentFolder(std::string_view path);
+    // The duplicate search publishes how many of its candidates it has hashed.
+    void setHashCandidates(std::int64_t total);
+    void addHashedCandidate();
     void markFinished();
 
     Snapshot snapshot() const;
@@ -41,6 +47,8 @@ private:
     std::atomic<std::int64_t> directories_{0};
     std::atomic<std::int64_t> allocatedBytes_{0};
     std::atomic<std::int64_t> deniedDirectories_{0};
+    std::atomic<std::int64_t> hashedCandidates_{0};
+    std::atomic<std::int64_t> hashCandidates_{0};
     std::atomic<bool> finished_{false};
     mutable std::mutex folderMutex_;
     std::string currentFolder_;

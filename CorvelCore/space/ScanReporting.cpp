@@ -216,6 +216,7 @@ SpaceScanReport report(const ScanTree& tree, const SpaceCatalog& catalog) {
                                                file.allocatedBytes, file.exclusiveBytes, file.modifiedNanoseconds,
                                                catalog));
     }
+    result.sparseFilesLeftOut = tree.sparseFilesLeftOut;
     for (DuplicateGroup group : tree.duplicates) {
         for (auto& path : group.paths) path = displayText(path);
         result.duplicates.push_back(std::move(group));

@@ -116,6 +116,7 @@ struct ScanTree {
     std::int64_t cloneSharedBytes = 0;    // allocated bytes shared with clones
     std::vector<FoundFile> largestFiles;  // largest first
     std::vector<DuplicateGroup> duplicates;
+    std::int64_t sparseFilesLeftOut = 0;          // of the duplicate search: mostly holes, never read
     std::vector<std::string> credentialsInTrash;  // raw paths
     std::vector<std::string> credentialFiles;     // raw paths, sorted; only with listCredentials
 

@@ -32,6 +32,7 @@ void to_json(Json& j, const SpaceScanReport& report) {
     j["cloneSharedBytes"] = report.cloneSharedBytes;
     j["largestFiles"] = report.largestFiles;
     j["duplicates"] = report.duplicates;
+    j["sparseFilesLeftOut"] = report.sparseFilesLeftOut;
     j["categoryTotals"] = report.categoryTotals;
     j["credentialsInTrash"] = report.credentialsInTrash;
 }
@@ -51,6 +52,8 @@ void from_json(const Json& j, SpaceScanReport& report) {
     report.cloneSharedBytes = required<std::int64_t>(j, "cloneSharedBytes");
     report.largestFiles = required<std::vector<SpaceNode>>(j, "largestFiles");
     report.duplicates = required<std::vector<DuplicateGroup>>(j, "duplicates");
+    // Reports written before sparse files were left out have no such count.
+    report.sparseFilesLeftOut = valueOr<std::int64_t>(j, "sparseFilesLeftOut", 0);
     report.categoryTotals = required<std::vector<CategoryTotal>>(j, "categoryTotals");
     report.credentialsInTrash = required<std::vector<std::string>>(j, "credentialsInTrash");
 }

@@ -43,9 +43,10 @@ struct SpaceScanReport {
     std::int64_t skippedMountPoints = 0;
     std::int64_t hardLinkSavedBytes = 0;
     std::int64_t cloneSharedBytes = 0;
-    std::vector<SpaceNode> largestFiles;       // largest first
-    std::vector<DuplicateGroup> duplicates;    // largest reclaimable first
-    std::vector<CategoryTotal> categoryTotals; // in category order, only categories with bytes
+    std::vector<SpaceNode> largestFiles;        // largest first
+    std::vector<DuplicateGroup> duplicates;     // largest reclaimable first
+    std::int64_t sparseFilesLeftOut = 0;        // of the duplicate search: mostly holes, never read
+    std::vector<CategoryTotal> categoryTotals;  // in category order, only categories with bytes
     std::vector<std::string> credentialsInTrash;
 
     bool operator==(const SpaceScanReport&) const = default;

@@ -139,8 +139,13 @@ bool isTrashName(std::string_view name) {
 class Walk {
 public:
     Walk(ScanTree& tree, const SpaceScanOptions& options, ScanProgress& progress,
-         const std::function<bool()>& isCancelled, std::uint64_t rootDevice)
-        : tree_(tree), options_(options), progress_(progress), isCancelled_(isCancelled), rootDevice_(rootDevice) {
+         const std::function<bool()>& isCancelled, std::uint64_t rootDevice, std::uint64_t rootMount)
+        : tree_(tree),
+          options_(options),
+          progress_(progress),
+          isCancelled_(isCancelled),
+          rootDevice_(rootDevice),
+          rootMount_(rootMount) {
         for (const auto& pattern : options.excludes)
             (pattern.find('/') == std::string::npos ? namePatterns_ : pathPatterns_).push_back(pattern);
         for (const auto& path : options.countedElsewhere) {
@@ -280,7 +285,8 @@ private:
             Access::close(handle);
             return;
         }
-        if (folder->parent && options_.oneFileSystem && own.device != rootDevice_) {
+        // A bind mount of a folder of the same device is a mount point too: the mount ID tells.
+        if (folder->parent && options_.oneFileSystem && (own.device != rootDevice_ || own.mountID != rootMount_)) {
             folder->flags |= ScanDirectory::otherDevice;
             ++worker.skippedMountPoints;
             Access::close(handle);
@@ -530,7 +536,10 @@ private:
             // Hashing is bound by the processor, not by waiting on the disk: one thread per core.
             const unsigned hashers =
                 std::clamp(std::thread::hardware_concurrency(), 1u, static_cast<unsigned>(workers.size()));
-            tree_.duplicates = DuplicateFinder::find(std::move(candidates), hashers, [this] { return cancelled(); });
+            auto search =
+                DuplicateFinder::find(std::move(candidates), hashers, progress_, [this] { return cancelled(); });
+            tree_.duplicates = std::move(search.groups);
+            tree_.sparseFilesLeftOut = search.sparseLeftOut;
         }
         tree_.wasCancelled = cancelled_.load();
     }
@@ -540,6 +549,7 @@ private:
     ScanProgress& progress_;
     const std::function<bool()>& isCancelled_;
     const std::uint64_t rootDevice_;
+    const std::uint64_t rootMount_;
     std::vector<std::string> namePatterns_;
     std::vector<std::string> pathPatterns_;
     std::vector<InodeKey> skippedIdentities_;
@@ -582,7 +592,7 @@ ScanTree scan(const std::string& root, const SpaceScanOptions& options, ScanProg
     tree.root->name = tree.arenas.back()->copyName(tree.rootPath);
     tree.root->nameLength = static_cast<std::uint16_t>(tree.rootPath.size());
 
-    Walk walk(tree, options, progress, isCancelled, status.device);
+    Walk walk(tree, options, progress, isCancelled, status.device, status.mountID);
     walk.run(handle, options.threads == 0 ? defaultThreads() : options.threads);
     progress.markFinished();
     return tree;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 
 #include "space/AttributeListReply.h"
 
@@ -111,6 +112,28 @@ TEST(AttributeListReplyDecode, RejectsAttributesThatWereNeverAskedFor) {
     EXPECT_FALSE(Reply::decode(unexpectedVolume.bytes()));
     ReplyBuilder unexpectedExtended(0, 0, 0x10);
     EXPECT_FALSE(Reply::decode(unexpectedExtended.bytes()));
+}
+
+TEST(AttributeListReplyDecode, ExtremeTimestampsAreClampedToTheYearsDatesCanShow) {
+    // Found by fuzzing: seconds near the 64-bit limits overflowed the conversion to microseconds.
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    constexpr auto least = std::numeric_limits<std::int64_t>::min();
+    const struct {
+        std::int64_t seconds, nanoseconds;
+        const char* expected;
+    } cases[] = {
+        {most, most, "9999-12-31T23:59:59.999Z"},
+        {least, least, "0001-01-01T00:00:00Z"},
+        {1'700'000'000, -5, "2023-11-14T22:13:20Z"},
+        {0, 1'500'000'000, "1970-01-01T00:00:00.999Z"},
+    };
+    for (const auto& item : cases) {
+        ReplyBuilder reply(Reply::commonModificationTime, 0, 0);
+        reply.put(item.seconds).put(item.nanoseconds);
+        const auto facts = Reply::decode(reply.bytes());
+        ASSERT_TRUE(facts && facts->modified) << item.seconds;
+        EXPECT_EQ(ISO8601::format(*facts->modified), item.expected) << item.seconds;
+    }
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstring>
 
 #include "FakeFileSystem.h"
 #include "FootprintTestFolder.h"
@@ -14,6 +17,18 @@ using spacetest::FakeFileSystem;
 
 const TimePoint now = fileTime(1'800'000'000, 0);
 
+std::optional<DirectoryMeasurement> measure(const std::string& location,
+                                            const std::function<bool()>& isCancelled = nullptr) {
+    ScanProgress progress;
+    return DirectorySizer::measure(location, now, progress, isCancelled);
+}
+
+std::optional<DirectoryMeasurement> measure(FakeFileSystem& files, const std::string& location,
+                                            const std::function<bool()>& isCancelled = nullptr) {
+    ScanProgress progress;
+    return DirectorySizer::measure(location, now, progress, isCancelled, files);
+}
+
 std::int64_t allocatedOnDisk(const std::string& path) {
     struct stat result {};
     if (lstat(path.c_str(), &result) != 0) return -1;
@@ -22,17 +37,17 @@ std::int64_t allocatedOnDisk(const std::string& path) {
 
 TEST(DirectorySizerOnDisk, NothingAtTheLocationGivesNoMeasurementRatherThanZero) {
     spacetest::FootprintTestFolder folder;
-    EXPECT_FALSE(DirectorySizer::measure(folder.path("Android/Sdk"), now, nullptr));
+    EXPECT_FALSE(measure(folder.path("Android/Sdk")));
     ASSERT_EQ(symlink("missing-target", folder.path("dangling").c_str()), 0);
-    EXPECT_FALSE(DirectorySizer::measure(folder.path("dangling"), now, nullptr));
+    EXPECT_FALSE(measure(folder.path("dangling")));
 }
 
 TEST(DirectorySizerOnDisk, ASingleFileIsOneFileOfItsAllocatedSize) {
     spacetest::FootprintTestFolder folder;
     folder.write("cache.db", std::string(50'000, 'c'));
-    const auto measurement = DirectorySizer::measure(folder.path("cache.db"), now, nullptr);
+    const auto measurement = measure(folder.path("cache.db"));
     ASSERT_TRUE(measurement);
-    EXPECT_EQ(*measurement, (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false}));
+    EXPECT_EQ(*measurement, (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false, {}}));
     EXPECT_GE(measurement->allocatedBytes, 50'000);
 }
 
@@ -44,7 +59,7 @@ TEST(DirectorySizerOnDisk, SumsRegularFilesIncludingHiddenOnesWithoutFollowingLi
     folder.write("cache/deep/er/c.bin", "c");
     ASSERT_EQ(symlink(folder.path("outside").c_str(), folder.path("cache/link-dir").c_str()), 0);
     ASSERT_EQ(symlink(folder.path("outside/huge.bin").c_str(), folder.path("cache/link").c_str()), 0);
-    const auto measurement = DirectorySizer::measure(folder.path("cache"), now, nullptr);
+    const auto measurement = measure(folder.path("cache"));
     ASSERT_TRUE(measurement);
     EXPECT_EQ(measurement->fileCount, 3);
     EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("cache/a.bin")) +
@@ -58,22 +73,24 @@ TEST(DirectorySizerOnDisk, ALocationThatIsALinkIsMeasuredAtItsTarget) {
     spacetest::FootprintTestFolder folder;
     folder.write("elsewhere/pkg/a.bin", std::string(8'000, 'a'));
     ASSERT_EQ(symlink("elsewhere", folder.path(".npm").c_str()), 0);
-    const auto measurement = DirectorySizer::measure(folder.path(".npm"), now, nullptr);
+    const auto measurement = measure(folder.path(".npm"));
     ASSERT_TRUE(measurement);
     EXPECT_EQ(measurement->fileCount, 1);
     EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("elsewhere/pkg/a.bin")));
 }
 
-TEST(DirectorySizerWalk, AnUnreadableSubfolderDoesNotStopTheSurvey) {
+TEST(DirectorySizerWalk, AnUnreadableSubfolderIsCountedAndDoesNotStopTheSurvey) {
     FakeFileSystem files;
     files.directory("/cache")
         .deniedDirectory("/cache/locked")
         .file("/cache/locked/x", 10, {{0, 9}})
         .file("/cache/z-after", 100, {{100, 199}});
-    const auto measurement = DirectorySizer::measure("/cache", now, nullptr, files);
+    const auto measurement = measure(files, "/cache");
     ASSERT_TRUE(measurement);
     EXPECT_EQ(measurement->fileCount, 1);
     EXPECT_EQ(measurement->allocatedBytes, 100);
+    EXPECT_EQ(measurement->failures.folders(), 1);
+    EXPECT_THAT(measurement->failures.deniedFolders, ::testing::ElementsAre("/cache/locked"));
 }
 
 TEST(DirectorySizerWalk, CountsEveryCloneInFullAndStaysOnTheLocationsDevice) {
@@ -81,11 +98,13 @@ TEST(DirectorySizerWalk, CountsEveryCloneInFullAndStaysOnTheLocationsDevice) {
     files.directory("/cache")
         .file("/cache/a", 100, {{0, 99}}, 0)
         .file("/cache/a-clone", 100, {{0, 99}}, 0)
-        .directory("/cache/mounted", 7)
-        .file("/cache/mounted/big", 1000, {{500, 1499}});
-    const auto measurement = DirectorySizer::measure("/cache", now, nullptr, files);
+        .directory("/cache/mounted", 7, 7)
+        .file("/cache/mounted/big", 1000, {{500, 1499}})
+        .directory("/cache/bound", 1, 8)
+        .file("/cache/bound/again", 1000, {{500, 1499}});
+    const auto measurement = measure(files, "/cache");
     ASSERT_TRUE(measurement);
-    EXPECT_EQ(*measurement, (DirectoryMeasurement{200, 2, now, false}));
+    EXPECT_EQ(*measurement, (DirectoryMeasurement{200, 2, now, false, {}}));
 }
 
 TEST(DirectorySizerWalk, CancellingDuringALargeFolderReturnsPartialTotals) {
@@ -95,8 +114,7 @@ TEST(DirectorySizerWalk, CancellingDuringALargeFolderReturnsPartialTotals) {
     for (int i = 0; i < fileCount; ++i) files.file("/cache/f" + std::to_string(i), 10, {{0, 9}});
     int polls = 0;
     // The first poll comes before the folder is read; the next ones while its files are counted.
-    const auto measurement = DirectorySizer::measure(
-        "/cache", now, [&] { return ++polls == 3; }, files);
+    const auto measurement = measure(files, "/cache", [&] { return ++polls == 3; });
     ASSERT_TRUE(measurement);
     EXPECT_TRUE(measurement->wasCancelled);
     EXPECT_EQ(measurement->fileCount, 2 * DirectorySizer::cancellationPollInterval);
@@ -105,10 +123,14 @@ TEST(DirectorySizerWalk, CancellingDuringALargeFolderReturnsPartialTotals) {
 }
 
 TEST(DirectorySizerJson, EncodesTheMeasurementWithFieldNames) {
-    const DirectoryMeasurement measurement{4096, 3, now, true};
+    DirectoryMeasurement measurement{4096, 3, now, true, {}};
+    measurement.failures.folderFailed(EACCES, "/cache/locked");
     const Json json = measurement;
-    EXPECT_EQ(json.dump(),
-              R"({"allocatedBytes":4096,"fileCount":3,"measuredAt":"2027-01-15T08:00:00Z","wasCancelled":true})");
+    EXPECT_EQ(json.dump(), R"({"allocatedBytes":4096,"fileCount":3,"measuredAt":"2027-01-15T08:00:00Z",)"
+                           R"("wasCancelled":true,"failures":{"byError":[{"errorNumber":13,"reason":")" +
+                               std::string(std::strerror(EACCES)) +
+                               R"(","folders":1,"files":0}],)"
+                               R"("deniedFolders":["/cache/locked"]}})");
     EXPECT_EQ(json.get<DirectoryMeasurement>(), measurement);
 }
 

@@ -2,9 +2,11 @@
 #include "FootprintTestFolder.h"
 #include "space/DuplicateFinder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace corvel {
 namespace {
@@ -14,6 +16,11 @@ using spacetest::FootprintTestFolder;
 
 Candidate candidate(const std::string& path, std::int64_t length, std::uint64_t inode, std::int64_t physical = -1) {
     return {path, length, length, 1, inode, physical};
+}
+
+std::vector<DuplicateGroup> groupsOf(std::vector<Candidate> candidates, const std::function<bool()>& isCancelled) {
+    ScanProgress progress;
+    return DuplicateFinder::find(std::move(candidates), 2, progress, isCancelled).groups;
 }
 
 Candidate onDisk(const FootprintTestFolder& folder, const std::string& relative) {
@@ -53,9 +60,10 @@ TEST(DuplicateFinderContents, SameContentIsADuplicateAndADifferentTailIsNot) {
     folder.write("small-1", "hello");
     folder.write("small-2", "hello");
     folder.write("small-3", "world");
-    std::vector<Candidate> all{onDisk(folder, "first"), onDisk(folder, "second"), onDisk(folder, "same-start-other-tail"),
-                               onDisk(folder, "small-1"), onDisk(folder, "small-2"), onDisk(folder, "small-3")};
-    const auto groups = DuplicateFinder::find(all, 3, [] { return false; });
+    std::vector<Candidate> all{
+        onDisk(folder, "first"),   onDisk(folder, "second"),  onDisk(folder, "same-start-other-tail"),
+        onDisk(folder, "small-1"), onDisk(folder, "small-2"), onDisk(folder, "small-3")};
+    const auto groups = groupsOf(all, [] { return false; });
     ASSERT_EQ(groups.size(), 2u);
     EXPECT_EQ(groups[0].paths, (std::vector<std::string>{folder.path("first"), folder.path("second")}));
     EXPECT_EQ(groups[0].contentHash, DuplicateFinder::digest(folder.path("first"), -1));
@@ -71,10 +79,36 @@ TEST(DuplicateFinderContents, UnreadableFilesDropOutAndCancellingFindsNothing) {
     folder.write("y", "same");
     auto gone = onDisk(folder, "y");
     gone.path = folder.path("deleted-meanwhile");
-    EXPECT_TRUE(DuplicateFinder::find({onDisk(folder, "x"), gone}, 2, [] { return false; }).empty());
-    EXPECT_TRUE(DuplicateFinder::find({onDisk(folder, "x"), onDisk(folder, "y")}, 2, [] { return true; }).empty());
+    EXPECT_TRUE(groupsOf({onDisk(folder, "x"), gone}, [] { return false; }).empty());
+    EXPECT_TRUE(groupsOf({onDisk(folder, "x"), onDisk(folder, "y")}, [] { return true; }).empty());
     EXPECT_FALSE(DuplicateFinder::digest(folder.path("deleted-meanwhile"), -1).has_value());
     EXPECT_EQ(DuplicateFinder::digest(folder.path("x"), 2), DuplicateFinder::digest(folder.path("y"), 2));
+}
+
+TEST(DuplicateFinderContents, SparseFilesAreLeftOutAndHashingIsCountedAndCancellableBetweenBlocks) {
+    FootprintTestFolder folder;
+    // Two empty sparse images: all holes, so reading them would only read zeros.
+    folder.write("image-1.img", "");
+    folder.write("image-2.img", "");
+    for (const char* name : {"image-1.img", "image-2.img"})
+        ASSERT_EQ(::truncate(folder.path(name).c_str(), 256 << 20), 0);
+    const std::string content(1'000'000, 'd');
+    folder.write("dense-1", content);
+    folder.write("dense-2", content);
+    ScanProgress progress;
+    const auto search = DuplicateFinder::find({onDisk(folder, "image-1.img"), onDisk(folder, "image-2.img"),
+                                               onDisk(folder, "dense-1"), onDisk(folder, "dense-2")},
+                                              2, progress, [] { return false; });
+    EXPECT_EQ(search.sparseLeftOut, 2);
+    ASSERT_EQ(search.groups.size(), 1u);
+    EXPECT_THAT(search.groups[0].paths, ::testing::ElementsAre(folder.path("dense-1"), folder.path("dense-2")));
+    const auto hashed = progress.snapshot();
+    EXPECT_EQ(hashed.hashedCandidates, 2);  // the full pass over the two dense files
+    EXPECT_EQ(hashed.hashCandidates, 2);
+
+    int polls = 0;
+    EXPECT_FALSE(DuplicateFinder::digest(folder.path("dense-1"), -1, [&] { return ++polls == 2; }));
+    EXPECT_EQ(polls, 2);  // stopped after one block of four
 }
 
 }  // namespace

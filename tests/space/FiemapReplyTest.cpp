@@ -106,5 +106,37 @@ TEST(FiemapReplyExclusive, SumsOnlyUnsharedExtents) {
     EXPECT_EQ(FiemapReply::exclusiveBytes({}), 0);
 }
 
+// Reproducers found by fuzzing the decoder: lengths no file can have used to abort the process
+// through the checked sum, or to give ranges whose byte count overflows.
+TEST(FiemapReplyCorrupt, ImpossibleExtentsAreLeftOutAndSumsStopAtTheLargestValue) {
+    constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+    constexpr std::uint64_t quarter = std::uint64_t{1} << 61;
+    const struct {
+        std::vector<FiemapExtent> extents;
+        std::int64_t exclusive;
+        std::vector<ExtentRange> ranges;
+    } cases[] = {
+        {{{0, 0, most, 0}, {0, 0, most, 0}},
+         static_cast<std::int64_t>(most),
+         {{0, static_cast<std::int64_t>(most - 1)}, {0, static_cast<std::int64_t>(most - 1)}}},
+        {{{0, 0, most + 1, 0}, {most, most, 2, 0}}, 0, {}},
+        {{{0, 0, quarter, 0}, {0, quarter, quarter, 0}, {0, 2 * quarter, quarter, 0}, {0, 3 * quarter, quarter, 0},
+          {0, 0, quarter, 0}},
+         static_cast<std::int64_t>(most),
+         {{0, static_cast<std::int64_t>(quarter - 1)},
+          {static_cast<std::int64_t>(quarter), static_cast<std::int64_t>(2 * quarter - 1)},
+          {static_cast<std::int64_t>(2 * quarter), static_cast<std::int64_t>(3 * quarter - 1)},
+          {0, static_cast<std::int64_t>(quarter - 1)}}},
+    };
+    for (const auto& item : cases) {
+        EXPECT_EQ(FiemapReply::exclusiveBytes(item.extents), item.exclusive);
+        const auto ranges = FiemapReply::physicalRanges(item.extents);
+        EXPECT_EQ(ranges, item.ranges);
+        ExtentUnion all;
+        all.add(ranges);
+        EXPECT_GE(all.bytes(), 0);
+    }
+}
+
 }  // namespace
 }  // namespace corvel

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -5,8 +6,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
+#include "BindMount.h"
 #include "FakeFileSystem.h"
 #include "FootprintTestFolder.h"
 #include "space/FileAttributes.h"
@@ -18,11 +21,18 @@ namespace {
 using PhysicalFootprint::Result;
 using PhysicalFootprint::Totals;
 using spacetest::FakeFileSystem;
+using ::testing::ElementsAre;
+using ::testing::Field;
 
 Result measureFake(FakeFileSystem& files, const std::string& root, const std::set<std::string>& areas = {},
-                   const PhysicalFootprint::CancellationCheck& isCancelled = nullptr,
-                   const PhysicalFootprint::Progress& progress = nullptr) {
+                   const PhysicalFootprint::CancellationCheck& isCancelled = nullptr) {
+    ScanProgress progress;
     return PhysicalFootprint::measure(root, areas, progress, isCancelled, files);
+}
+
+Result measureOnDisk(const std::filesystem::path& root) {
+    ScanProgress progress;
+    return PhysicalFootprint::measure(root, {}, progress, nullptr);
 }
 
 // --- accounting over a staged file system ---------------------------------------------------
@@ -105,36 +115,56 @@ TEST(PhysicalFootprintAccounting, UnreadableFilesAreCountedAndSkipped) {
 
 // --- the walk ----------------------------------------------------------------------------------
 
-TEST(PhysicalFootprintWalk, DoesNotEnterOtherVolumesBelowTheRoot) {
+TEST(PhysicalFootprintWalk, DoesNotEnterOtherVolumesOrBindMountsBelowTheRoot) {
     FakeFileSystem files;
     files.directory("/data")
-        .directory("/data/mnt", 2)
+        .directory("/data/mnt", 2, 2)
         .file("/data/mnt/big", 5000, {{0, 4999}}, 5000)
+        .directory("/data/bound-view", 1, 3)  // same device, another mount
+        .file("/data/bound-view/small", 10, {{0, 9}}, 10)
         .file("/data/small", 10, {{0, 9}}, 10);
     const Result result = measureFake(files, "/data");
     EXPECT_EQ(result.total.fileCount, 1);
     EXPECT_EQ(result.total.logicalBytes, 10);
     EXPECT_EQ(result.deniedDirectories, 0);
+    EXPECT_EQ(files.openHandles(), 0u);
 }
 
-TEST(PhysicalFootprintWalk, ADeniedFolderIsCountedAndTheWalkGoesOn) {
+TEST(PhysicalFootprintWalk, FailuresAreCountedPerReasonWithTheFoldersNamedAndTheWalkGoesOn) {
     FakeFileSystem files;
     files.directory("/data")
         .deniedDirectory("/data/secret")
         .file("/data/secret/hidden", 10, {{0, 9}}, 10)
+        .deniedDirectory("/data/broken-disk", EIO)
         .directory("/data/open")
-        .file("/data/open/visible", 20, {{100, 119}}, 20);
+        .file("/data/open/visible", 20, {{100, 119}}, 20)
+        .directory("/data/half-listed")
+        .file("/data/half-listed/read-before-the-error", 30, {{200, 229}}, 30)
+        .file("/data/no-facts", 5, {{300, 304}}, 5);
+    files.node("/data/half-listed").listError = EIO;
+    files.node("/data/no-facts").facts.reset();
     const Result result = measureFake(files, "/data");
-    EXPECT_EQ(result.deniedDirectories, 1);
-    EXPECT_EQ(result.total, (Totals{20, 20, 20, 1, 0}));
+    EXPECT_EQ(result.deniedDirectories, 3);
+    EXPECT_EQ(result.total, (Totals{50, 50, 50, 2, 1}));
+    EXPECT_THAT(result.failures.byError,
+                ElementsAre(FailureCount{EIO, std::strerror(EIO), 2, 1}, FailureCount{EACCES, std::strerror(EACCES), 1, 0}));
+    EXPECT_THAT(result.failures.deniedFolders,
+                ::testing::UnorderedElementsAre("/data/secret", "/data/broken-disk", "/data/half-listed"));
+    EXPECT_FALSE(result.rootError);
+    EXPECT_EQ(files.openHandles(), 0u);
 }
 
-TEST(PhysicalFootprintWalk, AMissingRootIsOneUnlistableFolder) {
+TEST(PhysicalFootprintWalk, ARootThatCannotBeReadIsSaidSo) {
     FakeFileSystem files;
-    const Result result = measureFake(files, "/nowhere");
-    EXPECT_EQ(result.deniedDirectories, 1);
-    EXPECT_EQ(result.total, Totals{});
-    EXPECT_FALSE(result.wasCancelled);
+    files.deniedDirectory("/locked");
+    for (const char* root : {"/nowhere", "/locked"}) {
+        const Result result = measureFake(files, root);
+        EXPECT_EQ(result.deniedDirectories, 1) << root;
+        EXPECT_EQ(result.total, Totals{});
+        EXPECT_FALSE(result.wasCancelled);
+        EXPECT_TRUE(result.rootError) << root;
+        EXPECT_THAT(result.failures.deniedFolders, ElementsAre(root));
+    }
 }
 
 TEST(PhysicalFootprintWalk, WalksFromTheFileSystemRoot) {
@@ -145,15 +175,23 @@ TEST(PhysicalFootprintWalk, WalksFromTheFileSystemRoot) {
     EXPECT_EQ(PhysicalFootprint::childPath("/a", "b"), "/a/b");
 }
 
-TEST(PhysicalFootprintWalk, ReportsProgressEveryTenThousandFiles) {
+TEST(PhysicalFootprintWalk, PublishesFilesBytesAndFoldersAsTheScannerDoes) {
     FakeFileSystem files;
-    files.directory("/data");
-    for (int i = 0; i < 20'005; ++i) files.file("/data/f" + std::to_string(i), 1, {{i, i}}, 1);
-    std::vector<std::int64_t> reported;
-    const Result result =
-        measureFake(files, "/data", {}, nullptr, [&](std::int64_t count) { reported.push_back(count); });
-    EXPECT_EQ(reported, (std::vector<std::int64_t>{10'000, 20'000}));
-    EXPECT_EQ(result.total.fileCount, 20'005);
+    files.directory("/data")
+        .deniedDirectory("/data/locked")
+        .directory("/data/sub")
+        .file("/data/sub/a", 100, {{0, 99}}, 100)
+        .file("/data/b", 50, {{200, 249}}, 50)
+        .hardLink("/data/sub/b-again", "/data/b");
+    ScanProgress progress;
+    PhysicalFootprint::measure("/data", {}, progress, nullptr, files);
+    const ScanProgress::Snapshot snapshot = progress.snapshot();
+    EXPECT_EQ(snapshot.files, 2);
+    EXPECT_EQ(snapshot.allocatedBytes, 150);
+    EXPECT_EQ(snapshot.directories, 3);
+    EXPECT_EQ(snapshot.deniedDirectories, 1);
+    EXPECT_EQ(snapshot.currentFolder, "/data");
+    EXPECT_TRUE(snapshot.finished);
 }
 
 // --- areas -----------------------------------------------------------------------------------
@@ -222,11 +260,14 @@ TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
     result.deniedDirectories = 2;
     result.wasCancelled = true;
     const Json json = result;
+    result.failures.folderFailed(EACCES, "/x/locked");
     EXPECT_EQ(json.dump(), R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
                            R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
                            R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
-                           R"("deniedDirectories":2,"wasCancelled":true})");
-    EXPECT_EQ(json.get<Result>(), result);
+                           R"("deniedDirectories":2,"wasCancelled":true,"failures":{"byError":[],"deniedFolders":[]}})");
+    const Json withFailures = result;
+    EXPECT_EQ(withFailures["failures"]["byError"][0]["errorNumber"], EACCES);
+    EXPECT_EQ(withFailures.get<Result>(), result);
 }
 
 // --- the live file system ----------------------------------------------------------------------
@@ -241,7 +282,7 @@ TEST_F(PhysicalFootprintOnDisk, HardLinksInsideTheTreeCountOnce) {
     folder.createDirectories("b");
     ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("b/link.bin").c_str()), 0);
     ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("link2.bin").c_str()), 0);
-    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    const Result result = measureOnDisk(folder.root());
     EXPECT_EQ(result.total.fileCount, 1);
     EXPECT_EQ(result.total.logicalBytes, 10'000);
     EXPECT_EQ(result.total.unreadableFiles, 0);
@@ -253,7 +294,7 @@ TEST_F(PhysicalFootprintOnDisk, ASparseFileAllocatesLessThanItsLength) {
     constexpr off_t length = 64 << 20;
     ASSERT_EQ(truncate(folder.path("sparse.bin").c_str(), length), 0);
     folder.write("empty.bin", "");
-    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    const Result result = measureOnDisk(folder.root());
     EXPECT_EQ(result.total.fileCount, 2);
     EXPECT_EQ(result.total.logicalBytes, length);
     EXPECT_GT(result.total.allocatedBytes, 0);
@@ -266,10 +307,29 @@ TEST_F(PhysicalFootprintOnDisk, AnUnreadableFolderCountsAsDenied) {
     folder.write("locked/inside.txt", "secret");
     folder.write("open.txt", "hello");
     ASSERT_EQ(chmod(folder.path("locked").c_str(), 0), 0);
-    const Result result = PhysicalFootprint::measure(folder.root(), {}, nullptr, nullptr);
+    const Result result = measureOnDisk(folder.root());
     chmod(folder.path("locked").c_str(), 0755);
     EXPECT_EQ(result.deniedDirectories, 1);
     EXPECT_EQ(result.total.fileCount, 1);
+}
+
+TEST_F(PhysicalFootprintOnDisk, AChainDeeperThanTheLongestPathIsMeasuredInFull) {
+    folder.deepChain("chain", std::string(40, 'd'), 150, 5'000);  // 150 × 41 characters, past 4,096
+    const Result result = measureOnDisk(folder.path("chain"));
+    EXPECT_EQ(result.total.fileCount, 2);
+    EXPECT_EQ(result.total.logicalBytes, 10'000);
+    EXPECT_EQ(result.deniedDirectories, 0);
+    EXPECT_FALSE(result.rootError);
+}
+
+TEST_F(PhysicalFootprintOnDisk, ABindMountOfAFolderInsideItsOwnTreeIsNotCountedAgain) {
+    folder.write("tree/data/file.bin", std::string(30'000, 'b'));
+    folder.createDirectories("tree/data/view");
+    const spacetest::BindMount mount(folder.path("tree/data"), folder.path("tree/data/view"));
+    if (!mount.mounted()) GTEST_SKIP() << mount.reason();
+    const Result result = measureOnDisk(folder.path("tree"));
+    EXPECT_EQ(result.total.fileCount, 1);
+    EXPECT_EQ(result.total.logicalBytes, 30'000);
 }
 
 }  // namespace

@@ -17,6 +17,11 @@
 namespace corvel {
 namespace {
 
+PhysicalFootprint::Result measureLive(const std::string& root) {
+    ScanProgress progress;
+    return PhysicalFootprint::measure(root, {}, progress, nullptr);
+}
+
 namespace fs = std::filesystem;
 
 class ReflinkFootprint : public spacetest::ReflinkVolumeTest {
@@ -42,7 +47,7 @@ TEST_F(ReflinkFootprint, AReflinkedCopyCountsOnceInUniquePhysicalBytes) {
     ASSERT_TRUE(reflink(tree_ + "/original", tree_ + "/clone"));
     writeRandom(tree_ + "/independent", megabyte);
 
-    const auto result = PhysicalFootprint::measure(tree_, {}, nullptr, nullptr);
+    const auto result = measureLive(tree_);
     EXPECT_EQ(result.total.fileCount, 3);
     EXPECT_EQ(result.total.unreadableFiles, 0);
     EXPECT_EQ(result.total.logicalBytes, 3 * megabyte);
@@ -86,14 +91,14 @@ TEST_F(ReflinkFootprint, AClonePartlyOverwrittenOwnsOnlyTheNewBlocks) {
     ASSERT_TRUE(clone);
     EXPECT_EQ(clone->exclusiveBytes, std::optional<std::int64_t>(64 * 1024));
 
-    const auto result = PhysicalFootprint::measure(tree_, {}, nullptr, nullptr);
+    const auto result = measureLive(tree_);
     EXPECT_EQ(result.total.uniquePhysicalBytes, megabyte + 64 * 1024);
 }
 
 TEST_F(ReflinkFootprint, AMountPointBelowTheRootIsNotEntered) {
     writeRandom(tree_ + "/on-xfs", megabyte);
     // The workspace holds the image file and, below it, the mounted XFS volume.
-    const auto result = PhysicalFootprint::measure(workspace(), {}, nullptr, nullptr);
+    const auto result = measureLive(workspace());
     EXPECT_EQ(result.total.fileCount, 1);  // the image, nothing from inside the mount
     EXPECT_EQ(result.total.logicalBytes, 320ll << 20);
     EXPECT_EQ(result.deniedDirectories, 0);

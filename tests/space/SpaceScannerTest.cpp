@@ -1,5 +1,6 @@
 // The space scanner on real temporary trees: what it counts, what it refuses to count, and how
 // it stops.
+#include "BindMount.h"
 #include "FootprintTestFolder.h"
 #include "space/ScanReporting.h"
 #include "space/SpaceScanner.h"
@@ -9,12 +10,12 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+#include <unistd.h>
 #include <atomic>
 #include <cstring>
 #include <set>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 #if defined(__linux__)
 #include <linux/capability.h>
@@ -48,8 +49,9 @@ std::int64_t duTotal(const std::filesystem::path& root) {
     return total;
 }
 
-ScanTree scanOf(const std::string& root, SpaceScanOptions options = {},
-                const std::function<bool()>& isCancelled = [] { return false; }) {
+ScanTree scanOf(
+    const std::string& root, SpaceScanOptions options = {},
+    const std::function<bool()>& isCancelled = [] { return false; }) {
     ScanProgress progress;
     return SpaceScanner::scan(root, options, progress, isCancelled);
 }
@@ -69,23 +71,25 @@ const SpaceNode* childNamed(const SpaceNode& node, const std::string& name) {
 
 TEST(SpaceScannerTotals, AllocatedTotalEqualsBlocksOverUniqueInodes) {
     FootprintTestFolder folder;
-    for (int i = 0; i < 40; ++i) folder.write("p" + std::to_string(i % 7) + "/d" + std::to_string(i % 3) + "/f" + std::to_string(i),
-                                              std::string(static_cast<std::size_t>(i) * 1111, 'x'));
+    for (int i = 0; i < 40; ++i)
+        folder.write("p" + std::to_string(i % 7) + "/d" + std::to_string(i % 3) + "/f" + std::to_string(i),
+                     std::string(static_cast<std::size_t>(i) * 1111, 'x'));
     folder.write("empty-file", "");
     folder.createDirectories("empty/deeper/still");
     std::filesystem::create_hard_link(folder.path("p1/d1/f1"), folder.path("p2/link"));
     std::filesystem::create_symlink("p1", folder.path("to-p1"));
     const ScanTree tree = scanOf(folder.root().string());
     EXPECT_EQ(tree.root->allocatedBytes, duTotal(folder.root()));
-    EXPECT_EQ(tree.root->fileCount, 41);  // the hard link's second name is not a second file
+    EXPECT_EQ(tree.root->fileCount, 41);               // the hard link's second name is not a second file
     EXPECT_EQ(tree.root->directoryCount, 7 + 21 + 3);  // p*, every p*/d* pair, empty/deeper/still
     EXPECT_FALSE(tree.wasCancelled);
 }
 
 TEST(SpaceScannerTotals, SameResultWithOneThreadOrMany) {
     FootprintTestFolder folder;
-    for (int i = 0; i < 300; ++i) folder.write("a" + std::to_string(i % 13) + "/b" + std::to_string(i % 5) + "/f" + std::to_string(i),
-                                               std::string(static_cast<std::size_t>(i) * 97, 'y'));
+    for (int i = 0; i < 300; ++i)
+        folder.write("a" + std::to_string(i % 13) + "/b" + std::to_string(i % 5) + "/f" + std::to_string(i),
+                     std::string(static_cast<std::size_t>(i) * 97, 'y'));
     SpaceScanOptions one;
     one.threads = 1;
     SpaceScanOptions many;
@@ -169,6 +173,14 @@ TEST(SpaceScannerBoundaries, AMountPointBelowTheRootIsNotEntered) {
     const ScanTree crossing = scanOf(folder.root().string(), everywhere);
     EXPECT_EQ(crossing.root->fileCount, 2);
     EXPECT_EQ(crossing.skippedMountPoints, 0);
+
+    // A bind mount of a folder inside the tree, on the same device, is a mount point all the same.
+    folder.createDirectories("data/view");
+    const spacetest::BindMount bound(folder.path("data"), folder.path("data/view"));
+    ASSERT_TRUE(bound.mounted()) << bound.reason();
+    const ScanTree once = scanOf(folder.root().string());
+    EXPECT_EQ(once.root->fileCount, 1);
+    EXPECT_EQ(once.skippedMountPoints, 2);
 #endif
 }
 
@@ -263,7 +275,8 @@ TEST(SpaceScannerCancellation, ACancelledWalkReturnsPartialTotalsFlaggedAsCancel
 
 TEST(SpaceScannerTree, SmallChildrenAreFoldedIntoOneAggregateNode) {
     FootprintTestFolder folder;
-    for (int i = 0; i < 100; ++i) folder.write("many/f" + std::to_string(i), std::string(static_cast<std::size_t>(i + 1) * 5000, 'q'));
+    for (int i = 0; i < 100; ++i)
+        folder.write("many/f" + std::to_string(i), std::string(static_cast<std::size_t>(i + 1) * 5000, 'q'));
     for (int i = 0; i < 30; ++i) folder.createDirectories("many/sub" + std::to_string(i));
     SpaceTreeOptions options;
     options.maxChildren = 5;

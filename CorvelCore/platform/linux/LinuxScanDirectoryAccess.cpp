@@ -15,7 +15,9 @@
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -64,6 +66,26 @@ bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& e
         // A batch of only "." and ".." is not the end of the listing.
         if (!entries.empty()) return true;
     }
+}
+
+// statx rather than fstat for the mount ID: a bind mount of a folder of the same device is a
+// mount point all the same. Kernels before 5.8 leave the mask bit unset; the device then stands in.
+bool status(int handle, Status& out, int& error) {
+    struct statx st {};
+    constexpr unsigned int mask = STATX_BASIC_STATS | STATX_MNT_ID;
+    if (::statx(handle, "", AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW, mask, &st) != 0) {
+        error = errno;
+        return false;
+    }
+    out.device = static_cast<std::uint64_t>(makedev(st.stx_dev_major, st.stx_dev_minor));
+    out.inode = st.stx_ino;
+    out.linkCount = st.stx_nlink;
+    out.logicalBytes = static_cast<std::int64_t>(std::min<std::uint64_t>(st.stx_size, INT64_MAX));
+    out.allocatedBytes = static_cast<std::int64_t>(std::min<std::uint64_t>(st.stx_blocks, INT64_MAX / 512)) * 512;
+    out.modifiedNanoseconds = nanosecondsSince1970(st.stx_mtime.tv_sec, st.stx_mtime.tv_nsec);
+    out.type = PosixStatus::typeOf(static_cast<mode_t>(st.stx_mode));
+    out.mountID = (st.stx_mask & STATX_MNT_ID) ? st.stx_mnt_id : out.device;
+    return true;
 }
 
 bool statusAt(int directory, const char* name, Status& out, int& error) {

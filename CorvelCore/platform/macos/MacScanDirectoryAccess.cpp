@@ -87,6 +87,16 @@ bool readBatch(int directory, std::span<std::byte> buffer, std::vector<Entry>& e
     }
 }
 
+bool status(int handle, Status& out, int& error) {
+    struct stat st {};
+    if (::fstat(handle, &st) != 0) {
+        error = errno;
+        return false;
+    }
+    PosixStatus::fill(st, out);  // no bind mounts: the device tells mounts apart
+    return true;
+}
+
 bool statusAt(int directory, const char* name, Status& out, int& error) {
     struct stat st {};
     if (::fstatat(directory, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {

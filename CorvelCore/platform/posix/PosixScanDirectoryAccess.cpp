@@ -1,6 +1,6 @@
 // The half of the space scanner's system calls that Linux and macOS answer the same way: closing
-// handles, the status of an open handle or of a path, and sorting error numbers. Listing a
-// folder, the per-entry status call and the open flags differ per OS and stay in
+// handles, the status of a path, and sorting error numbers. Listing a folder, the status calls
+// (Linux asks statx for the mount ID) and the open flags differ per OS and stay in
 // platform/linux/LinuxScanDirectoryAccess.cpp and platform/macos/MacScanDirectoryAccess.cpp.
 #include "space/ScanDirectoryAccess.h"
 
@@ -17,9 +17,9 @@ void close(int handle) {
     if (handle >= 0) ::close(handle);
 }
 
-bool status(int handle, Status& out, int& error) {
+bool statusOfTarget(const std::string& path, Status& out, int& error) {
     struct stat st {};
-    if (::fstat(handle, &st) != 0) {
+    if (::stat(path.c_str(), &st) != 0) {
         error = errno;
         return false;
     }

@@ -31,9 +31,9 @@ inline void fill(const struct stat& st, ScanDirectoryAccess::Status& out) {
     out.linkCount = static_cast<std::uint64_t>(st.st_nlink);
     out.logicalBytes = static_cast<std::int64_t>(st.st_size);
     out.allocatedBytes = static_cast<std::int64_t>(st.st_blocks) * 512;  // st_blocks counts 512-byte units
-    out.modifiedNanoseconds =
-        static_cast<std::int64_t>(modified.tv_sec) * 1'000'000'000 + static_cast<std::int64_t>(modified.tv_nsec);
+    out.modifiedNanoseconds = ScanDirectoryAccess::nanosecondsSince1970(modified.tv_sec, modified.tv_nsec);
     out.type = typeOf(st.st_mode);
+    out.mountID = out.device;  // where the system has no finer mount identity
 }
 
 }  // namespace corvel::PosixStatus
