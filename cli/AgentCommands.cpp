@@ -3,6 +3,7 @@
 // run in the foreground, and asked how it is doing.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "ConsentCommands.h"
 #include "agent/Agent.h"
 #include "agent/AgentRegistration.h"
 #include "agent/ExecutablePath.h"
@@ -51,6 +52,8 @@ AgentLaunch launchFor(CliContext& context) {
 }
 
 AgentRegistration::Outcome changeRegistration(CliContext& context, bool registering) {
+    // Stopping the agent never needs permission; starting it at login does.
+    if (registering) requireConsent(context, ConsentScope::backgroundAgent);
     const auto host = hostFor(context);
     return registering ? AgentRegistration::registerAgent(host, launchFor(context))
                        : AgentRegistration::unregisterAgent(host);

@@ -12,6 +12,7 @@
 //   velmora ops log [--limit N]
 #include "CliErrors.h"
 #include "Commands.h"
+#include "ConsentCommands.h"
 #include "DiskOpsOutput.h"
 #include "common/AtomicFile.h"
 #include "common/Text.h"
@@ -55,8 +56,10 @@ DiskOperation operationNamed(const std::string& text) {
 }
 
 DiskOperationTarget targetNamed(CliContext& context, const std::string& text) {
-    if (text.empty()) throw UsageError("ops needs a TARGET: a disk identifier such as disk4s1, a device such as sdb1, "
-                                       "or a mount path");
+    if (text.empty())
+        throw UsageError(
+            "ops needs a TARGET: a disk identifier such as disk4s1, a device such as sdb1, "
+            "or a mount path");
     auto& machine = context.machine();
     const auto sources = DiskOperationTargets::gather(machine, machine.snapshot());
     auto target = DiskOperationTargets::resolve(sources, text);
@@ -76,8 +79,7 @@ PreflightReport runPreflight(CliContext& context, DiskOperation operation, const
 
 void listOperations(CliContext& context, const OpsOptions& options) {
     const auto target = targetNamed(context, options.target);
-    const auto availability =
-        DiskOperationPolicy::all(target.object, appBundlePath(), context.machine().platform());
+    const auto availability = DiskOperationPolicy::all(target.object, appBundlePath(), context.machine().platform());
     if (context.json()) {
         context.printJson(Json{{"target", target.object}, {"availability", availability}});
         return;
@@ -99,13 +101,11 @@ void preflightCommand(CliContext& context, const OpsOptions& options) {
         printPreflight(context, report);
     }
     if (!report.canProceed())
-        throw CommandFailure(std::string(title(operation)) + " cannot proceed: " +
-                             std::to_string(report.failures().size()) + " check(s) failed");
+        throw CommandFailure(std::string(title(operation)) +
+                             " cannot proceed: " + std::to_string(report.failures().size()) + " check(s) failed");
 }
 
-// Carries out one confirmed attempt, shows its outcome, then logs it. `ops run` and `ops mkdir`
-// both come through here, so this is the one place where the consent check goes once the consent
-// ledger exists: first thing in this function, before anything changes.
+// Carries out one confirmed attempt, shows its outcome, then logs it.
 void attemptConfirmed(CliContext& context, const DiskOperationTarget& target, const PreflightReport& report,
                       const std::optional<std::string>& folderName) {
     auto& machine = context.machine();
@@ -137,6 +137,9 @@ void attemptConfirmed(CliContext& context, const DiskOperationTarget& target, co
 // Availability, preflight, both shown; a question only when the preflight lets it go ahead.
 void confirmAndAttempt(CliContext& context, DiskOperation operation, const std::string& targetText,
                        const std::optional<std::string>& folderName, bool assumeYes) {
+    // `ops run` and `ops mkdir` both come through here: no preflight, question or change
+    // without the person's consent to disk operations.
+    requireConsent(context, ConsentScope::diskOperations);
     const auto target = targetNamed(context, targetText);
     const auto availability =
         DiskOperationPolicy::availability(operation, target.object, appBundlePath(), context.machine().platform());
@@ -155,8 +158,10 @@ void confirmAndAttempt(CliContext& context, DiskOperation operation, const std::
     }
     context.out().flush();
     if (!context.confirm(confirmationQuestion(operation, target.object, folderName), assumeYes)) {
-        if (context.json()) context.printJson(Json{{"report", report}, {"confirmed", false}});
-        else context.out() << "Not confirmed; nothing was changed.\n";
+        if (context.json())
+            context.printJson(Json{{"report", report}, {"confirmed", false}});
+        else
+            context.out() << "Not confirmed; nothing was changed.\n";
         return;
     }
     attemptConfirmed(context, target, report, folderName);
@@ -201,7 +206,8 @@ void showLog(CliContext& context, const OpsOptions& options) {
     if (const auto problem = log.loadProblem()) context.err() << "velmora: warning: " << *problem << '\n';
     const auto total = entries.size();
     std::reverse(entries.begin(), entries.end());
-    if (entries.size() > static_cast<std::size_t>(options.limit)) entries.resize(static_cast<std::size_t>(options.limit));
+    if (entries.size() > static_cast<std::size_t>(options.limit))
+        entries.resize(static_cast<std::size_t>(options.limit));
     if (context.json()) {
         context.printJson(Json{{"file", log.fileURL().string()}, {"total", total}, {"entries", entries}});
         return;

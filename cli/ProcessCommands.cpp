@@ -3,6 +3,7 @@
 // the person and recorded. Only this machine has live processes; a recording has none.
 #include "CliErrors.h"
 #include "Commands.h"
+#include "ConsentCommands.h"
 #include "common/ByteFormat.h"
 #include "common/Text.h"
 #include "machine/MachineProcesses.h"
@@ -130,6 +131,7 @@ Json actionDocument(ProcessAction action, const ProcessGroup& group, const Proce
 
 void runAction(CliContext& context, ProcessAction action, const ActionOptions& options) {
     requireLive(context);
+    requireConsent(context, ConsentScope::processControl);
     auto& machine = context.machine();
     // No CPU figures are needed to act: one reading, no interval.
     const auto reading = MachineProcesses::read(machine, std::chrono::milliseconds(0));

@@ -4,7 +4,9 @@
 
 namespace corvel {
 namespace {
-bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
+bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
+}
 }  // namespace
 
 std::string_view trim(std::string_view text) {
@@ -27,13 +29,17 @@ std::string toUpper(std::string_view text) {
     return result;
 }
 
-bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
 
 bool endsWith(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
 }
 
-bool contains(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
 
 std::string replaceAll(std::string_view text, std::string_view from, std::string_view to) {
     if (from.empty()) return std::string(text);
@@ -53,7 +59,8 @@ std::vector<std::string> split(std::string_view text, char separator) {
     std::size_t start = 0;
     for (;;) {
         const auto found = text.find(separator, start);
-        parts.emplace_back(text.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start));
+        parts.emplace_back(
+            text.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start));
         if (found == std::string_view::npos) break;
         start = found + 1;
     }
@@ -125,10 +132,17 @@ std::string terminalSafe(std::string_view text) {
         const std::size_t length = validSequenceLength(text, i);
         if (length == 1) {  // a C0 control character or DEL
             switch (c) {
-                case '\n': out += "\\n"; break;
-                case '\r': out += "\\r"; break;
-                case '\t': out += "\\t"; break;
-                default: appendHexEscape(out, c);
+                case '\n':
+                    out += "\\n";
+                    break;
+                case '\r':
+                    out += "\\r";
+                    break;
+                case '\t':
+                    out += "\\t";
+                    break;
+                default:
+                    appendHexEscape(out, c);
             }
             i += 1;
         } else if (length == 0) {
@@ -145,6 +159,15 @@ std::string terminalSafe(std::string_view text) {
         }
     }
     return out;
+}
+
+bool isValidUTF8(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = validSequenceLength(text, i);
+        if (length == 0) return false;
+        i += length;
+    }
+    return true;
 }
 
 }  // namespace corvel

@@ -25,4 +25,8 @@ std::string join(const std::vector<std::string>& parts, std::string_view separat
 // accents and emoji pass unchanged. Use it on every name or path printed as text (never in JSON).
 std::string terminalSafe(std::string_view text);
 
+// Whether `text` is well-formed UTF-8 (no stray, overlong or surrogate sequences). File names
+// need not be; anything stored as JSON text must be.
+bool isValidUTF8(std::string_view text);
+
 }  // namespace corvel

@@ -244,6 +244,11 @@ std::vector<std::pair<std::string, std::string>> entries(const CorvelSettings& s
 
 CorvelSettings apply(const CorvelSettings& settings, std::string_view key, std::string_view value,
                      const std::filesystem::path& home) {
+    // Settings are kept as JSON text; a path whose name is not UTF-8 cannot be written there.
+    if (!isValidUTF8(value))
+        throw SettingsError(
+            fmt::format("invalid value '{}' for {}: not valid UTF-8 text (settings are stored as UTF-8)",
+                        terminalSafe(value), key));
     CorvelSettings changed = settings;
     if (startsWith(key, verifiedPrefix) && key.size() > verifiedPrefix.size()) {
         const std::string volumeID(key.substr(verifiedPrefix.size()));

@@ -34,15 +34,15 @@ std::string volumeName(const MountInfoEntry& mount, const std::optional<LinuxBlo
 
 bool LinuxStorageDiscovery::isNetworkFileSystem(const std::string& fileSystemType) {
     static const std::array<std::string_view, 13> types{
-        "nfs", "nfs4", "cifs", "smb3", "smbfs", "ncpfs", "afs", "ceph", "glusterfs",
-        "fuse.sshfs", "fuse.glusterfs", "fuse.rclone", "davfs",
+        "nfs",  "nfs4",      "cifs",       "smb3",           "smbfs",       "ncpfs", "afs",
+        "ceph", "glusterfs", "fuse.sshfs", "fuse.glusterfs", "fuse.rclone", "davfs",
     };
     return std::find(types.begin(), types.end(), fileSystemType) != types.end();
 }
 
 std::optional<bool> LinuxStorageDiscovery::supportsCaseSensitiveNames(const std::string& fileSystemType) {
-    static const std::array<std::string_view, 9> sensitive{"ext2", "ext3", "ext4", "xfs", "btrfs",
-                                                           "f2fs", "zfs", "jfs", "bcachefs"};
+    static const std::array<std::string_view, 9> sensitive{"ext2", "ext3", "ext4", "xfs",     "btrfs",
+                                                           "f2fs", "zfs",  "jfs",  "bcachefs"};
     static const std::array<std::string_view, 3> insensitive{"vfat", "msdos", "exfat"};
     if (std::find(sensitive.begin(), sensitive.end(), fileSystemType) != sensitive.end()) return true;
     if (std::find(insensitive.begin(), insensitive.end(), fileSystemType) != insensitive.end()) return false;
@@ -89,6 +89,7 @@ StorageVolume LinuxStorageDiscovery::makeVolume(const MountInfoEntry& mount, con
     if (!type.empty()) volume.fileSystemType = type;
     volume.totalBytes = figures.totalBytes;
     volume.availableBytes = figures.availableBytes;
+    if (figures.freeBytes > figures.availableBytes) volume.reservedBytes = figures.freeBytes - figures.availableBytes;
     volume.isReadOnly = mount.isReadOnly();
     volume.isNetwork = isNetworkFileSystem(mount.fileSystemType);
     volume.isBootVolume = mount.mountPoint == "/";

@@ -8,12 +8,14 @@
 namespace corvel {
 
 std::int64_t StorageVolume::usedBytes() const {
-    return std::max<std::int64_t>(checkedSubtract(totalBytes, availableBytes), 0);
+    return std::max<std::int64_t>(
+        checkedSubtract(checkedSubtract(totalBytes, availableBytes), reservedBytes.value_or(0)), 0);
 }
 
 double StorageVolume::usedFraction() const {
-    if (totalBytes < 1) return 0;
-    return std::clamp(static_cast<double>(usedBytes()) / static_cast<double>(totalBytes), 0.0, 1.0);
+    const std::int64_t usable = checkedSubtract(totalBytes, std::max<std::int64_t>(reservedBytes.value_or(0), 0));
+    if (totalBytes < 1 || usable < 1) return 0;
+    return std::clamp(static_cast<double>(usedBytes()) / static_cast<double>(usable), 0.0, 1.0);
 }
 
 double StorageVolume::freeFraction() const {
@@ -34,6 +36,7 @@ void to_json(Json& j, const StorageVolume& v) {
     putOptional(j, "fileSystemName", v.fileSystemName);
     j["totalBytes"] = v.totalBytes;
     j["availableBytes"] = v.availableBytes;
+    putOptional(j, "reservedBytes", v.reservedBytes);
     j["isInternal"] = v.isInternal;
     j["isEjectable"] = v.isEjectable;
     j["isReadOnly"] = v.isReadOnly;
@@ -56,6 +59,7 @@ void from_json(const Json& j, StorageVolume& v) {
     v.fileSystemName = optionalValue<std::string>(j, "fileSystemName");
     v.totalBytes = required<std::int64_t>(j, "totalBytes");
     v.availableBytes = required<std::int64_t>(j, "availableBytes");
+    v.reservedBytes = optionalValue<std::int64_t>(j, "reservedBytes");
     v.isInternal = required<bool>(j, "isInternal");
     v.isEjectable = required<bool>(j, "isEjectable");
     v.isReadOnly = required<bool>(j, "isReadOnly");

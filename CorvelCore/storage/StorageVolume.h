@@ -18,6 +18,9 @@ struct StorageVolume {
     std::optional<std::string> fileSystemName;  // descriptive ("APFS", "ExFAT")
     std::int64_t totalBytes = 0;
     std::int64_t availableBytes = 0;
+    // Blocks only root may use (Linux file systems keep some back): free but not available. They
+    // count neither as used nor as room, as df counts them.
+    std::optional<std::int64_t> reservedBytes;
     bool isInternal = false;
     bool isEjectable = false;
     bool isReadOnly = false;
@@ -30,8 +33,9 @@ struct StorageVolume {
     std::optional<std::string> containerID;
     std::optional<std::string> physicalDiskID;
 
-    // total − available, never below 0 (purgeable space can make available exceed total).
+    // total − available − reserved, never below 0 (purgeable space can make available exceed total).
     std::int64_t usedBytes() const;
+    // used / (used + available): the share of the space a user can have that is taken.
     double usedFraction() const;
     // 0 for a volume of unknown size: it must not look as if it had room to spare.
     double freeFraction() const;

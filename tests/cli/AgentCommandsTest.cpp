@@ -137,6 +137,7 @@ TEST(AgentCommands, StartFlagsPrintOneLineAndExitZero) {
     // No user systemd in a replay: registration falls back to an autostart entry in the temporary home.
     const std::vector<std::string> environment{"HOME=" + home.root().string(),
                                                "XDG_CONFIG_HOME=" + (home.root() / "config").string()};
+    clitest::grantConsent({ConsentScope::backgroundAgent});
     const auto registered = velmora({"--replay", machine("linux-workstation"), "--agent-register"}, environment);
     EXPECT_EQ(registered.status, 0) << registered.err;
     EXPECT_THAT(registered.out, StartsWith("agent: "));

@@ -109,6 +109,35 @@ TEST_F(ConsentCommands, TheGateRefusesWithOneLineUntilTheScopeIsGranted) {
     EXPECT_EQ(granted.out, "acted\n");
 }
 
+TEST_F(ConsentCommands, EveryStateChangingFamilyAsksForItsScopeBeforeDoingAnything) {
+    struct Family {
+        std::vector<std::string> words;
+        std::string scope;
+    };
+    const auto home = folder_.path("home");
+    const std::vector<Family> families{
+        {{"--replay", clitest::machine("mac-studio-disk-actions"), "ops", "run", "unmount", "/Volumes/Projects",
+          "--yes"},
+         "diskOperations"},
+        {{"--replay", clitest::machine("mac-studio-disk-actions"), "ops", "mkdir", "/Volumes/Projects", "New", "--yes"},
+         "diskOperations"},
+        {{"processes", "quit", "1", "--yes"}, "processControl"},
+        {{"--replay", clitest::machine("linux-workstation"), "agent", "register"}, "backgroundAgent"},
+    };
+    for (const auto& family : families) {
+        auto words = family.words;
+        words.insert(words.begin(), {"--data-dir", folder_.path("data")});
+        const auto refused = velmora(words, {"NO_COLOR=1", "HOME=" + home, "XDG_CONFIG_HOME=" + home + "/config"});
+        EXPECT_EQ(refused.status, 1) << family.words.back();
+        EXPECT_THAT(refused.err, HasSubstr("velmora consent accept --scope " + family.scope));
+        EXPECT_EQ(std::count(refused.err.begin(), refused.err.end(), '\n'), 1) << refused.err;
+    }
+    // Nothing was attempted: no audit log, no action record, no autostart entry.
+    EXPECT_FALSE(fs::exists(folder_.path("data/operations-audit.json")));
+    EXPECT_FALSE(fs::exists(folder_.path("data/process-actions.json")));
+    EXPECT_FALSE(fs::exists(home + "/config/autostart"));
+}
+
 // A recorded machine whose gh answers the release query for two repositories.
 std::string recordedGitHub(const clitest::TemporaryFolder& folder) {
     const std::vector<std::string> view{

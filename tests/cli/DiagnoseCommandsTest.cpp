@@ -69,8 +69,8 @@ TEST_F(VelmoraCommands, DiagnoseJsonIsTheReportInReportOrder) {
 TEST_F(VelmoraCommands, HealthShowsFiveDimensionsAndJsonListsThem) {
     const auto outcome = run({"--replay", machine("macbook-air-m2"), "health"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    for (const char* dimension : {"Physical Health", "File System Health", "Storage Usage", "Connection Performance",
-                                  "Device Availability"})
+    for (const char* dimension :
+         {"Physical Health", "File System Health", "Storage Usage", "Connection Performance", "Device Availability"})
         EXPECT_NE(outcome.out.find(dimension), std::string::npos) << dimension;
     EXPECT_NE(outcome.out.find("Topology not yet inspected."), std::string::npos);
 

@@ -21,6 +21,7 @@ using ::testing::Not;
 
 class OpsCommand : public ::testing::Test {
 protected:
+    void SetUp() override { clitest::grantConsent({ConsentScope::diskOperations}, data_.path()); }
     clitest::Outcome velmora(std::vector<std::string> words) {
         words.insert(words.end(),
                      {"--replay", clitest::machine("mac-studio-disk-actions"), "--data-dir", data_.path()});

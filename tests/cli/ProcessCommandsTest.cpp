@@ -93,6 +93,7 @@ TEST(ProcessesCommand, ListsOwnChildWithItsFiguresInTextAndJson) {
 TEST(ProcessesCommand, QuitAndForceQuitEndTheChildrenAndAreLogged) {
     TemporaryFolder folder;
     const auto data = folder.path("data");
+    clitest::grantConsent({ConsentScope::processControl}, data);
     const auto polite = sleeperCopy(folder, "polite");
     const auto forced = sleeperCopy(folder, "forced");
     ChildProcess first({polite, "30"});
@@ -129,6 +130,7 @@ TEST(ProcessesCommand, QuitAndForceQuitEndTheChildrenAndAreLogged) {
 TEST(ProcessesCommand, PolicyRefusesBeforeAnythingIsDone) {
     TemporaryFolder folder;
     const auto data = folder.path("data");
+    clitest::grantConsent({ConsentScope::processControl}, data);
     const auto plain = sleeperCopy(folder, "plain");
     const auto protectedCopy = folder.path("WindowServer");
     std::filesystem::copy_file(plain, protectedCopy);
@@ -175,6 +177,7 @@ TEST(ProcessesCommand, PolicyRefusesBeforeAnythingIsDone) {
 }
 
 TEST(ProcessesCommand, BadInputIsOneLineAndExitTwo) {
+    clitest::grantConsent({ConsentScope::processControl});
     const struct {
         std::vector<std::string> words;
         std::string message;

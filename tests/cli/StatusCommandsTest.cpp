@@ -49,7 +49,8 @@ TEST(StatusCommand, IsTheDefaultCommand) {
 }
 
 TEST(StatusCommand, JSONIsTheSnapshotRecord) {
-    auto outcome = velmora({"--json", "status", "--replay", machine("linux-workstation"), "--now", "2026-12-01T00:00:00Z"});
+    auto outcome =
+        velmora({"--json", "status", "--replay", machine("linux-workstation"), "--now", "2026-12-01T00:00:00Z"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     Json document = Json::parse(outcome.out);
     ASSERT_TRUE(document.contains("snapshot"));

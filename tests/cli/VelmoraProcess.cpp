@@ -1,5 +1,8 @@
 #include "cli/VelmoraProcess.h"
 
+#include "consent/ConsentChoices.h"
+#include "consent/ConsentLedger.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
@@ -138,6 +141,17 @@ std::string lineWith(const std::string& text, const std::string& needle) {
         if (line.find(needle) != std::string::npos) return line;
     }
     return "";
+}
+
+void grantConsent(const std::vector<ConsentScope>& scopes, const std::string& dataFolder) {
+    const char* shared = std::getenv("VELMORA_DATA_DIR");
+    const std::filesystem::path folder = !dataFolder.empty() ? dataFolder : shared ? shared : "";
+    if (folder.empty()) throw std::runtime_error("grantConsent: no data folder");
+    const auto path = ConsentLedger::defaultURL(folder);
+    auto ledger = ConsentLedger::load(path);
+    ledger.record(ConsentRecord::Action::accepted, ConsentChoices::forAcceptance(scopes), VELMORA_VERSION,
+                  currentTime());
+    ledger.save(path);
 }
 
 }  // namespace corvel::clitest

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Commands.h"
+#include "consent/ConsentScope.h"
 #include "support/TemporaryFolder.h"
 
 #include <filesystem>
@@ -37,6 +38,11 @@ std::string machine(const std::string& name);
 
 // The line of `text` that contains `needle`, or "" when none does.
 std::string lineWith(const std::string& text, const std::string& needle);
+
+// Records the person's acceptance of the current terms with `scopes` allowed in `dataFolder`'s
+// ledger (default: the data folder every test of this process uses), as `velmora consent accept`
+// would; the state-changing commands refuse without it.
+void grantConsent(const std::vector<ConsentScope>& scopes, const std::string& dataFolder = "");
 
 using testing::TemporaryFolder;
 

@@ -51,20 +51,26 @@ TEST(TerminalSafe, ControlCharactersAndBrokenUTF8BecomeVisible) {
     const struct {
         std::string raw;
         std::string shown;
+        bool validUTF8 = true;
     } cases[] = {
         {"plain name.txt", "plain name.txt"},
         {"caf\xC3\xA9 \xF0\x9F\x93\x81", "caf\xC3\xA9 \xF0\x9F\x93\x81"},  // accents and emoji stay
-        {"evil\x1B[31mred", "evil\\x1b[31mred"},                            // escape sequence
+        {"evil\x1B[31mred", "evil\\x1b[31mred"},                           // escape sequence
         {"two\nlines\rhidden\tcol", "two\\nlines\\rhidden\\tcol"},
         {"del\x7F", "del\\x7f"},
-        {"c1\xC2\x9B" "2J", "c1\\xc2\\x9b2J"},  // a C1 CSI
-        {"bad\xFF\xFE", "bad\\xff\\xfe"},
-        {"overlong\xC0\xAF", "overlong\\xc0\\xaf"},
-        {"cut\xE2\x82", "cut\\xe2\\x82"},
+        {"c1\xC2\x9B"
+         "2J",
+         "c1\\xc2\\x9b2J"},  // a C1 CSI
+        {"bad\xFF\xFE", "bad\\xff\\xfe", false},
+        {"overlong\xC0\xAF", "overlong\\xc0\\xaf", false},
+        {"cut\xE2\x82", "cut\\xe2\\x82", false},
         {"back\\slash", "back\\\\slash"},  // so that "\x1b" typed in a name is told apart
         {std::string("nul\0x", 5), "nul\\x00x"},
     };
-    for (const auto& c : cases) EXPECT_EQ(terminalSafe(c.raw), c.shown) << c.raw;
+    for (const auto& c : cases) {
+        EXPECT_EQ(terminalSafe(c.raw), c.shown) << c.raw;
+        EXPECT_EQ(isValidUTF8(c.raw), c.validUTF8) << c.shown;
+    }
 }
 
 }  // namespace

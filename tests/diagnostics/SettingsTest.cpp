@@ -22,8 +22,8 @@ TEST(CorvelSettings, DefaultsAreTheDocumentedValues) {
     EXPECT_TRUE(settings.notificationsEnabled);
     EXPECT_EQ(settings.thresholds, DiagnosticThresholds::standard());
     EXPECT_TRUE(settings.customFootprintPaths.empty());
-    EXPECT_EQ(settings.projectRoots, (std::vector<std::string>{"/home/me/Developer", "/home/me/Projects",
-                                                               "/home/me/Code", "/home/me/src"}));
+    EXPECT_EQ(settings.projectRoots,
+              (std::vector<std::string>{"/home/me/Developer", "/home/me/Projects", "/home/me/Code", "/home/me/src"}));
     EXPECT_FALSE(settings.workspace);
     EXPECT_EQ(settings.agentIntervalMinutes, 15);
     EXPECT_TRUE(settings.verifiedVolumes.empty());
@@ -107,7 +107,8 @@ TEST(SettingsEditor, ChangesOneKeyOfEachKind) {
     EXPECT_EQ(apply(base, "workspace", "~/ws", home).workspace, "/home/me/ws");
     EXPECT_FALSE(apply(apply(base, "workspace", "/ws", home), "workspace", "none", home).workspace);
 
-    const auto expected = apply(base, "expectedVolumes", R"([{"volumeID":"U","name":"Work","reason":"the workspace"}])", home);
+    const auto expected =
+        apply(base, "expectedVolumes", R"([{"volumeID":"U","name":"Work","reason":"the workspace"}])", home);
     ASSERT_EQ(expected.expectedVolumes.size(), 1u);
     EXPECT_EQ(expected.expectedVolumes[0].name, "Work");
 
@@ -148,6 +149,7 @@ TEST(SettingsEditor, RefusesUnknownKeysAndBadValuesNamingThem) {
     expectRefused("workspace", "ws", "workspace must be an absolute path");
     expectRefused("expectedVolumes", R"([{"name":"x"}])", "invalid value");
     expectRefused("verifiedVolumes.X", "last week", "ISO 8601");
+    expectRefused("workspace", "/home/me/bad\xff\xfename", "invalid value '/home/me/bad\\xff\\xfename' for workspace");
 }
 
 TEST(SettingsEditor, EntriesListEveryKeyOnce) {

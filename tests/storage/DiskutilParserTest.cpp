@@ -1,5 +1,5 @@
-#include "storage/DiskutilParser.h"
 #include "StorageTestSupport.h"
+#include "storage/DiskutilParser.h"
 
 #include "common/AtomicFile.h"
 
@@ -92,7 +92,8 @@ TEST(DiskutilParserList, LenientAboutEntriesAndFields) {
     PropertyListValue disk = dict();
     disk.set("DeviceIdentifier", str("disk9"))
         .set("Size", str("500107862016"))  // numeric text is not a number
-        .set("Partitions", PropertyListValue::array({blankName, sparse, partitionWithoutID, partitionEntry("disk9s3")}));
+        .set("Partitions",
+             PropertyListValue::array({blankName, sparse, partitionWithoutID, partitionEntry("disk9s3")}));
 
     auto disks = DiskutilParser::parseList(listDocument(PropertyListValue::array({noID, disk})));
     ASSERT_EQ(disks.size(), 1u);
@@ -152,12 +153,15 @@ TEST(DiskutilParserPhysicalDisk, ReadsARealInternalDisk) {
 
 TEST(DiskutilParserPhysicalDisk, MediaNameFallsBackToRegistryNameThenIdentifier) {
     PropertyListValue info = dict();
-    info.set("DeviceIdentifier", str("disk4")).set("MediaName", str("  ")).set("IORegistryEntryName", str("Elements 25A3"));
+    info.set("DeviceIdentifier", str("disk4"))
+        .set("MediaName", str("  "))
+        .set("IORegistryEntryName", str("Elements 25A3"));
     EXPECT_EQ(DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt).mediaName, "Elements 25A3");
     info.set("IORegistryEntryName", str("\n"));
     EXPECT_EQ(DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt).mediaName, "disk4");
     info.set("MediaName", str(" Samsung X5 Media "));
-    EXPECT_EQ(DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt).mediaName, " Samsung X5 Media ");  // as printed
+    EXPECT_EQ(DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt).mediaName,
+              " Samsung X5 Media ");  // as printed
 }
 
 TEST(DiskutilParserPhysicalDisk, SizeFallsBackFromTotalSizeToSizeToTheList) {
@@ -188,7 +192,9 @@ TEST(DiskutilParserPhysicalDisk, EjectableFromEitherFlag) {
 
 TEST(DiskutilParserPhysicalDisk, DefaultsAndListedFallbacks) {
     PropertyListValue info = dict();
-    info.set("DeviceIdentifier", str("disk4")).set("BusProtocol", str(" USB \n")).set("SMARTStatus", str("Not Supported"));
+    info.set("DeviceIdentifier", str("disk4"))
+        .set("BusProtocol", str(" USB \n"))
+        .set("SMARTStatus", str("Not Supported"));
     PhysicalDisk disk = DiskutilParser::parsePhysicalDisk(xml(info), listedDisk(10, "GUID_partition_scheme"));
     EXPECT_EQ(disk.busProtocol, "USB");
     EXPECT_FALSE(disk.isInternal);
@@ -249,7 +255,8 @@ TEST(DiskutilParserNVMe, CountersTemperatureAndLowHalves) {
 }
 
 TEST(DiskutilParserVolumeInfo, ReadsARealAPFSVolume) {
-    DiskutilVolumeInfo info = DiskutilParser::parseVolumeInfo(fixture("mac-studio-external-usb", "info-projects.plist"));
+    DiskutilVolumeInfo info =
+        DiskutilParser::parseVolumeInfo(fixture("mac-studio-external-usb", "info-projects.plist"));
     EXPECT_EQ(info.deviceIdentifier, "disk5s1");
     EXPECT_EQ(info.volumeName, "Projects");
     EXPECT_EQ(info.mountPoint, "/Volumes/Projects");
@@ -286,7 +293,9 @@ TEST(DiskutilParserVolumeInfo, EverythingOptional) {
     storeWithout.set("Other", str("x"));
     PropertyListValue store = dict();
     store.set("APFSPhysicalStore", str("disk0s2"));
-    root.set("VolumeName", str("   ")).set("Internal", str("Yes")).set("APFSContainerFree", str("1"))
+    root.set("VolumeName", str("   "))
+        .set("Internal", str("Yes"))
+        .set("APFSContainerFree", str("1"))
         .set("APFSPhysicalStores", PropertyListValue::array({storeWithout, store}));
     auto info = DiskutilParser::parseVolumeInfo(xml(root));
     EXPECT_EQ(info.volumeName, std::nullopt);
@@ -323,7 +332,8 @@ TEST(DiskutilParserAPFS, DefaultsAndSkippedEntries) {
     PropertyListValue nameless = dict();
     nameless.set("Name", str("No id"));
     PropertyListValue container = dict();
-    container.set("ContainerReference", str("disk5")).set("APFSContainerUUID", str(" "))
+    container.set("ContainerReference", str("disk5"))
+        .set("APFSContainerUUID", str(" "))
         .set("Volumes", PropertyListValue::array({nameless, unnamed}));
     PropertyListValue orphan = dict();
     orphan.set("CapacityCeiling", num(1));
@@ -335,7 +345,8 @@ TEST(DiskutilParserAPFS, DefaultsAndSkippedEntries) {
     EXPECT_EQ(containers[0].uuid, std::nullopt);
     EXPECT_EQ(containers[0].capacityCeiling, 0);
     ASSERT_EQ(containers[0].volumes.size(), 1u);
-    EXPECT_EQ(containers[0].volumes[0], (APFSVolumeEntry{"disk5s1", std::nullopt, "disk5s1", {}, 0, false, false, false}));
+    EXPECT_EQ(containers[0].volumes[0],
+              (APFSVolumeEntry{"disk5s1", std::nullopt, "disk5s1", {}, 0, false, false, false}));
 
     PropertyListValue wrong = dict();
     wrong.set("Containers", str("disk5"));

@@ -1,8 +1,8 @@
 // The pure decoders of the Linux discovery, each on literal samples of the tools' output.
+#include "StorageTestSupport.h"
 #include "storage/LsblkParser.h"
 #include "storage/MountInfoEntry.h"
 #include "storage/SmartctlReport.h"
-#include "StorageTestSupport.h"
 
 #include "common/AtomicFile.h"
 
@@ -105,11 +105,11 @@ TEST(MountInfo, ParsesALineWithOptionalTags) {
 }
 
 TEST(MountInfo, UndoesEscapesInPaths) {
-    auto entry = MountInfoEntry::parseLine(
-        "112 28 8:17 / /media/me/USB\\040STICK\\011tab\\134back rw - exfat /dev/sdb1 rw");
+    auto entry =
+        MountInfoEntry::parseLine("112 28 8:17 / /media/me/USB\\040STICK\\011tab\\134back rw - exfat /dev/sdb1 rw");
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->mountPoint, "/media/me/USB STICK\ttab\\back");
-    EXPECT_EQ(MountInfoEntry::unescape("a\\04"), "a\\04");     // too short to be an escape
+    EXPECT_EQ(MountInfoEntry::unescape("a\\04"), "a\\04");      // too short to be an escape
     EXPECT_EQ(MountInfoEntry::unescape("a\\0x0b"), "a\\0x0b");  // not octal
     EXPECT_EQ(MountInfoEntry::unescape("\\777"), "\\777");      // beyond a byte
 }
@@ -125,10 +125,10 @@ TEST(MountInfo, MalformedLinesAreSkippedAndCounted) {
         "28 1 253:1 / / rw,relatime shared:1 - ext4 /dev/mapper/vg0-root rw\n"
         "\n"
         "garbage\n"
-        "29 28 0:6 / /sys rw\n"                                   // no separator
-        "30 28 x:y / /bad rw - tmpfs tmpfs rw\n"                  // device numbers
-        "31 28 0:7 / /short rw - tmpfs\n"                         // missing fields after the separator
-        "32 28 0:8 / /ok rw - tmpfs tmpfs rw";                    // no final newline
+        "29 28 0:6 / /sys rw\n"                   // no separator
+        "30 28 x:y / /bad rw - tmpfs tmpfs rw\n"  // device numbers
+        "31 28 0:7 / /short rw - tmpfs\n"         // missing fields after the separator
+        "32 28 0:8 / /ok rw - tmpfs tmpfs rw";    // no final newline
     int skipped = -1;
     auto entries = MountInfoEntry::parse(text, &skipped);
     ASSERT_EQ(entries.size(), 2u);
@@ -164,7 +164,8 @@ TEST(SmartctlReport, VerdictsAndFallbacks) {
     EXPECT_EQ(SmartctlReport::decode(R"({"smart_status": {"passed": "yes"}})").smartStatus, SMARTStatus::unknown);
     EXPECT_EQ(SmartctlReport::decode("Permission denied"), SmartctlReport{});
     EXPECT_EQ(SmartctlReport::decode("[1, 2]"), SmartctlReport{});
-    auto sata = SmartctlReport::decode(R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {}})");
+    auto sata =
+        SmartctlReport::decode(R"({"smart_status": {"passed": true}, "nvme_smart_health_information_log": {}})");
     EXPECT_EQ(sata.smartStatus, SMARTStatus::verified);
     EXPECT_EQ(sata.nvme, std::nullopt);
 }

@@ -240,6 +240,7 @@ TEST(LinuxStorageDiscoverySnapshot, DisksVolumesAndTheirJoin) {
     EXPECT_TRUE(root.isInternal);
     EXPECT_EQ(root.busProtocol, "NVMe");
     EXPECT_EQ(root.availableBytes, 25000000000);  // what a user may write, not the root reserve
+    EXPECT_EQ(root.reservedBytes, 5000000000);    // free but kept for root: neither used nor room
 
     auto elements = snapshot.volume("5A1C3E");
     ASSERT_TRUE(elements);

@@ -14,7 +14,8 @@ using namespace corvel;
 TEST(ProcMountTable, ReadsTheRealMountTableAndCapacities) {
     ProcMountTable table;
     auto entries = MountInfoEntry::parse(table.mountInfo());
-    EXPECT_TRUE(std::any_of(entries.begin(), entries.end(), [](const MountInfoEntry& e) { return e.mountPoint == "/"; }));
+    EXPECT_TRUE(
+        std::any_of(entries.begin(), entries.end(), [](const MountInfoEntry& e) { return e.mountPoint == "/"; }));
 
     StatvfsFigures root = table.statvfs("/");
     EXPECT_GT(root.totalBytes, 0);

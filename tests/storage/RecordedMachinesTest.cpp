@@ -1,7 +1,7 @@
 // Each recorded machine, replayed through the real parsers and discovery, gives the snapshot a
 // person looking at that machine would expect.
-#include "storage/MachineStorage.h"
 #include "StorageTestSupport.h"
+#include "storage/MachineStorage.h"
 
 #include "command/DiskutilClient.h"
 #include "command/RecordedCommandRunner.h"
@@ -109,7 +109,7 @@ TEST(RecordedMachines, DesktopWithExternalUSBDiskAndShare) {
     auto projects = snapshot.volume("D3F5A7C9-1B3D-4F5A-97C9-E1B3D5F7A9C1");
     ASSERT_TRUE(projects);
     EXPECT_EQ(projects->isEncrypted, false);
-    EXPECT_FALSE(projects->isEjectable);  // the file system says no, whatever the disk tool says
+    EXPECT_FALSE(projects->isEjectable);           // the file system says no, whatever the disk tool says
     EXPECT_EQ(projects->physicalDiskID, "disk4");  // container disk5 lives on disk4s3
     EXPECT_EQ(projects->containerID, "disk5");
 

@@ -1,5 +1,5 @@
-#include "storage/StorageDiscovery.h"
 #include "StorageTestSupport.h"
+#include "storage/StorageDiscovery.h"
 
 #include "command/DiskutilClient.h"
 #include "storage/DiskutilParseError.h"
@@ -80,7 +80,8 @@ TEST(StorageDiscoverySnapshot, WithoutTheDiskToolVolumesStillAppearUnassigned) {
     EXPECT_EQ(snapshot.capturedAt, now);
     EXPECT_TRUE(snapshot.disks.empty());
     ASSERT_EQ(snapshot.warnings.size(), 1u);
-    EXPECT_EQ(snapshot.warnings[0], "Could not list physical disks: Could not launch command: No such file or directory");
+    EXPECT_EQ(snapshot.warnings[0],
+              "Could not list physical disks: Could not launch command: No such file or directory");
     EXPECT_EQ(snapshot.volumes.size(), 2u);
     EXPECT_EQ(snapshot.unassignedVolumes().size(), 2u);
 }
@@ -90,8 +91,8 @@ TEST(StorageDiscoverySnapshot, UnreadableListIsAWarningWithTheParserText) {
     machine.runner.answer(diskutil, {"list", "-plist", "physical"}, xml(dict()));
     StorageSnapshot snapshot = machine.snapshot();
     ASSERT_EQ(snapshot.warnings.size(), 1u);
-    EXPECT_EQ(snapshot.warnings[0],
-              "Could not list physical disks: " + DiskutilParseError::missingKey("AllDisksAndPartitions").description());
+    EXPECT_EQ(snapshot.warnings[0], "Could not list physical disks: " +
+                                        DiskutilParseError::missingKey("AllDisksAndPartitions").description());
 }
 
 TEST(StorageDiscoverySnapshot, OneDiskTimingOutLeavesTheOthers) {
@@ -127,7 +128,8 @@ TEST(StorageDiscoverySnapshot, NetworkSharesNeverReachTheDiskTool) {
 
 TEST(StorageDiscoverySnapshot, SortsDisksInternalFirstThenByPlainID) {
     Machine machine;
-    machine.runner.answer(diskutil, {"list", "-plist", "physical"}, list({"disk4", "disk2", "disk10", "disk0", "disk3"}));
+    machine.runner.answer(diskutil, {"list", "-plist", "physical"},
+                          list({"disk4", "disk2", "disk10", "disk0", "disk3"}));
     machine.runner.answer(diskutil, {"info", "-plist", "disk4"}, diskInfo("disk4", false));
     machine.runner.answer(diskutil, {"info", "-plist", "disk2"}, diskInfo("disk2", true));
     machine.runner.answer(diskutil, {"info", "-plist", "disk10"}, diskInfo("disk10", true));
@@ -155,8 +157,10 @@ TEST(StorageDiscoverySnapshot, JoinsVolumesToDisksThroughTheDiskTool) {
     PropertyListValue data = dict();
     PropertyListValue store = dict();
     store.set("APFSPhysicalStore", str("disk0s2"));
-    data.set("DeviceIdentifier", str("disk3s5")).set("ParentWholeDisk", str("disk3"))
-        .set("APFSPhysicalStores", PropertyListValue::array({store})).set("APFSContainerReference", str("disk3"));
+    data.set("DeviceIdentifier", str("disk3s5"))
+        .set("ParentWholeDisk", str("disk3"))
+        .set("APFSPhysicalStores", PropertyListValue::array({store}))
+        .set("APFSContainerReference", str("disk3"));
     machine.runner.answer(diskutil, {"info", "-plist", "/System/Volumes/Data"}, xml(data));
     machine.volumes = {record("/System/Volumes/Data", "Data")};
     StorageSnapshot snapshot = machine.snapshot();

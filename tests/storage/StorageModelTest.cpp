@@ -111,6 +111,13 @@ TEST(StorageVolume, FractionsOfUnknownOrOverfullVolumes) {
     EXPECT_EQ(quarter.usedBytes(), 100);
     EXPECT_DOUBLE_EQ(quarter.usedFraction(), 0.25);
     EXPECT_DOUBLE_EQ(quarter.freeFraction(), 0.75);
+
+    // As df counts it: 100 of 1000 reserved for root, 300 available, so 600 used of 900 usable.
+    auto reserved = volume("d", 1000, 300);
+    reserved.reservedBytes = 100;
+    EXPECT_EQ(reserved.usedBytes(), 600);
+    EXPECT_DOUBLE_EQ(reserved.usedFraction(), 600.0 / 900.0);
+    EXPECT_EQ(Json(reserved).get<StorageVolume>(), reserved);
 }
 
 TEST(StorageVolume, FileSystemLabelFallsBackInOrder) {
@@ -190,7 +197,8 @@ TEST(StorageJSON, EveryRecordRoundTripsWithOptionalKeysOmitted) {
     EXPECT_EQ(j.at("disks").at(0).at("partitions").at(0).contains("volumeName"), false);
     EXPECT_EQ(j.at("disks").at(0).at("nvme").size(), 3u);  // only the present figures
 
-    MountedVolumeRecord record{"/", "Macintosh HD", 100, 20, 60, true, false, false, true, true, true, "apfs", "U", true};
+    MountedVolumeRecord record{"/",   "Macintosh HD", 100,  20,   60,     true, false,
+                               false, true,           true, true, "apfs", "U",  true};
     EXPECT_EQ(Json(record).get<MountedVolumeRecord>(), record);
 }
 

@@ -18,7 +18,7 @@ TEST(VolumeResourceValues, HiddenVolumesAreDroppedExceptTheRoot) {
     values.isRootFileSystem = false;
     EXPECT_EQ(VolumeResourceValues::makeRecord("/", values), std::nullopt);  // the reported value wins
     values.isBrowsable.reset();
-    EXPECT_TRUE(VolumeResourceValues::makeRecord("/Volumes/X", values));    // unknown counts as browsable
+    EXPECT_TRUE(VolumeResourceValues::makeRecord("/Volumes/X", values));  // unknown counts as browsable
 }
 
 TEST(VolumeResourceValues, NamePrefersTheLocalizedName) {
