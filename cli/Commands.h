@@ -34,5 +34,6 @@ void registerDiskOpsCommands(CLI::App& app, CliContext& context);
 void registerConsentCommands(CLI::App& app, CliContext& context);
 void registerUpdateCommands(CLI::App& app, CliContext& context);
 void registerUninstallCommands(CLI::App& app, CliContext& context);
+void registerTopologyCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

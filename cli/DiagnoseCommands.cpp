@@ -7,6 +7,7 @@
 #include "SettingsCommands.h"
 #include "common/EnumTable.h"
 #include "common/Text.h"
+#include "machine/MachineTopology.h"
 
 #include <fmt/format.h>
 #include <algorithm>
@@ -70,16 +71,6 @@ std::string overallText(const MachineDiagnosis& diagnosis, const Style& style) {
                        counts.empty() ? std::string("no findings") : join(counts, ", "));
 }
 
-void printFinding(CliContext& context, const Finding& finding) {
-    const auto& style = context.style();
-    auto& out = context.out();
-    out << "  " << headline(finding, style) << '\n';
-    out << "    " << finding.detail << '\n';
-    if (finding.recommendation) out << "    " << style.dim("Recommendation:") << ' ' << *finding.recommendation << '\n';
-    if (finding.evidence) out << "    " << style.dim("Evidence:") << ' ' << *finding.evidence << '\n';
-    if (finding.impact) out << "    " << style.dim("Impact:") << ' ' << *finding.impact << '\n';
-}
-
 void printReport(CliContext& context, const MachineDiagnosis& diagnosis) {
     const auto& report = diagnosis.report;
     context.out() << context.style().bold("Findings") << '\n';
@@ -98,7 +89,8 @@ void printDimensions(CliContext& context, const std::vector<DimensionAssessment>
     for (const auto& assessment : health) {
         context.out() << "  " << lightText(assessment.status, style) << ' '
                       << style.bold(padded(label(assessment.dimension), nameWidth)) << "  "
-                      << padded(label(assessment.status), statusWidth) << "  " << withCommandHints(assessment.summary) << '\n';
+                      << padded(label(assessment.status), statusWidth) << "  " << withCommandHints(assessment.summary)
+                      << '\n';
         if (!withDetails) continue;
         for (const auto& evidence : assessment.evidence) context.out() << "      " << style.dim(evidence) << '\n';
         for (const auto& finding : assessment.findings) context.out() << "      " << headline(finding, style) << '\n';
@@ -107,8 +99,19 @@ void printDimensions(CliContext& context, const std::vector<DimensionAssessment>
 
 }  // namespace
 
-MachineDiagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot) {
-    return MachineDiagnosis::of(snapshot, loadSettings(context));
+void printFinding(CliContext& context, const Finding& finding) {
+    const auto& style = context.style();
+    auto& out = context.out();
+    out << "  " << headline(finding, style) << '\n';
+    out << "    " << finding.detail << '\n';
+    if (finding.recommendation) out << "    " << style.dim("Recommendation:") << ' ' << *finding.recommendation << '\n';
+    if (finding.evidence) out << "    " << style.dim("Evidence:") << ' ' << *finding.evidence << '\n';
+    if (finding.impact) out << "    " << style.dim("Impact:") << ' ' << *finding.impact << '\n';
+}
+
+MachineDiagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot,
+                          const std::vector<DeviceTopology>& topologies) {
+    return MachineDiagnosis::of(snapshot, loadSettings(context), topologies);
 }
 
 void printHealthSummary(CliContext& context, const MachineDiagnosis& diagnosis) {
@@ -145,7 +148,8 @@ void registerDiagnoseCommands(CLI::App& app, CliContext& context) {
     auto* health = app.add_subcommand("health", "Show the five health dimensions with their evidence");
     health->callback([&context] {
         const auto snapshot = context.machine().snapshot();
-        const auto diagnosis = diagnose(context, snapshot);
+        const auto topology = MachineTopology::read(context.machine(), snapshot);
+        const auto diagnosis = diagnose(context, snapshot, topology.topologies);
         if (context.json()) {
             context.printJson(diagnosis.health);
             return;

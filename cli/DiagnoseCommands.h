@@ -16,11 +16,16 @@
 
 namespace corvel::cli {
 
-// Evaluates `snapshot` with the user's settings.
-MachineDiagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot);
+// Evaluates `snapshot` with the user's settings; the connection dimension is unknown without
+// `topologies` (MachineTopology::read).
+MachineDiagnosis diagnose(CliContext& context, const StorageSnapshot& snapshot,
+                          const std::vector<DeviceTopology>& topologies = {});
 
 // Overall severity, health score, one line per dimension, then the findings that need action.
 void printHealthSummary(CliContext& context, const MachineDiagnosis& diagnosis);
+
+// The headline, then detail, recommendation, evidence and impact, indented under it.
+void printFinding(CliContext& context, const Finding& finding);
 
 void addDiagnosisJson(Json& document, const MachineDiagnosis& diagnosis);
 

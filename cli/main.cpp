@@ -27,5 +27,6 @@ int main(int argc, char** argv) {
         registerConsentCommands(app, ctx);
         registerUpdateCommands(app, ctx);
         registerUninstallCommands(app, ctx);
+        registerTopologyCommands(app, ctx);
     });
 }

@@ -1,10 +1,11 @@
 #include "diagnostics/DeviceTopology.h"
 
 #include "common/Text.h"
+#include "diagnostics/LinkTransport.h"
 
+#include <fmt/format.h>
 #include <array>
 #include <cmath>
-#include <fmt/format.h>
 
 namespace corvel {
 
@@ -37,10 +38,18 @@ std::vector<std::string> DeviceTopology::linkEvidence() const {
     return lines;
 }
 
+bool DeviceTopology::isInspected() const {
+    if (path.empty() || !transport) return false;
+    const auto known = enumFromRaw<LinkTransport>(*transport);
+    if (!known) return false;
+    return effectiveLinkBitsPerSecond.has_value() || !hasNegotiatedLink(*known);
+}
+
 void to_json(Json& j, const TopologyNode& node) {
     j = Json{{"label", node.label}, {"kind", node.kind}};
     putOptional(j, "linkBitsPerSecond", node.linkBitsPerSecond);
     j["qualifiers"] = node.qualifiers;
+    putOptional(j, "capabilityBitsPerSecond", node.capabilityBitsPerSecond);
 }
 
 void from_json(const Json& j, TopologyNode& node) {
@@ -48,6 +57,7 @@ void from_json(const Json& j, TopologyNode& node) {
     node.kind = required<std::string>(j, "kind");
     node.linkBitsPerSecond = optionalValue<std::int64_t>(j, "linkBitsPerSecond");
     node.qualifiers = required<std::vector<std::string>>(j, "qualifiers");
+    node.capabilityBitsPerSecond = optionalValue<std::int64_t>(j, "capabilityBitsPerSecond");
 }
 
 void to_json(Json& j, const DeviceTopology& topology) {

@@ -3,16 +3,18 @@
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 
+#include <fmt/format.h>
 #include <algorithm>
 #include <array>
 #include <ctime>
-#include <fmt/format.h>
 
 namespace corvel::HealthAssessment {
 
 namespace {
 
-const char* plural(std::size_t count) { return count == 1 ? "" : "s"; }
+const char* plural(std::size_t count) {
+    return count == 1 ? "" : "s";
+}
 
 const StorageVolume* mountedVolume(const StorageSnapshot& snapshot, const std::string& volumeID) {
     for (const auto& volume : snapshot.volumes)
@@ -42,8 +44,10 @@ std::vector<std::string> physicalEvidence(const StorageSnapshot& snapshot) {
 }
 
 Verdict physicalVerdict(const StorageSnapshot& snapshot) {
-    const auto verified = static_cast<std::size_t>(std::count_if(
-        snapshot.disks.begin(), snapshot.disks.end(), [](const PhysicalDisk& d) { return d.smartStatus == SMARTStatus::verified; }));
+    const auto verified =
+        static_cast<std::size_t>(std::count_if(snapshot.disks.begin(), snapshot.disks.end(), [](const PhysicalDisk& d) {
+            return d.smartStatus == SMARTStatus::verified;
+        }));
     if (verified == 0) return {HealthStatus::unknown, "No drive exposes health data."};
     if (verified == snapshot.disks.size()) return {HealthStatus::normal, "All drives report SMART verified."};
     // Drives without a verdict are not proven healthy, so the whole dimension stays unknown.
@@ -74,9 +78,9 @@ std::vector<std::string> fileSystemEvidence(const std::vector<const StorageVolum
 Verdict fileSystemVerdict(const std::vector<const StorageVolume*>& volumes,
                           const std::map<std::string, TimePoint>& verified) {
     // With no local volume at all nothing was verified, so there is no proof either.
-    const bool allVerified = !volumes.empty() && std::all_of(volumes.begin(), volumes.end(), [&](const StorageVolume* v) {
-        return verified.count(v->id) > 0;
-    });
+    const bool allVerified =
+        !volumes.empty() &&
+        std::all_of(volumes.begin(), volumes.end(), [&](const StorageVolume* v) { return verified.count(v->id) > 0; });
     if (allVerified) return {HealthStatus::normal, "All volumes verified."};
     return {HealthStatus::unknown, "Formats look suitable; integrity not verified (run Verify in Disk Operations)."};
 }
@@ -94,21 +98,52 @@ Verdict usageVerdict(const std::vector<const StorageVolume*>& volumes) {
     return {HealthStatus::normal, "Free space within thresholds."};
 }
 
-std::vector<std::string> connectionEvidence(const std::vector<DeviceTopology>& topologies) {
+const DeviceTopology* topologyOf(const std::vector<DeviceTopology>& topologies, const std::string& diskID) {
+    for (const auto& topology : topologies)
+        if (topology.diskID == diskID) return &topology;
+    return nullptr;
+}
+
+bool isInspected(const std::vector<DeviceTopology>& topologies, const PhysicalDisk& disk) {
+    const auto* topology = topologyOf(topologies, disk.id);
+    return topology && topology->isInspected();
+}
+
+std::vector<std::string> connectionEvidence(const StorageSnapshot& snapshot,
+                                            const std::vector<DeviceTopology>& topologies) {
     std::vector<std::string> lines;
     for (const auto& topology : topologies) {
         auto links = topology.linkEvidence();
         lines.insert(lines.end(), links.begin(), links.end());
     }
+    // Once anything was inspected, say which disks were not, so the unknown is explained.
+    const bool anyInspected =
+        std::any_of(topologies.begin(), topologies.end(), [](const DeviceTopology& t) { return t.isInspected(); });
+    if (!anyInspected) return lines;
+    for (const auto& disk : snapshot.disks)
+        if (!isInspected(topologies, disk)) lines.push_back(disk.displayName() + ": connection not inspected");
     return lines;
 }
 
-Verdict connectionVerdict(const std::vector<DeviceTopology>& topologies) {
-    if (topologies.empty()) return {HealthStatus::unknown, "Topology not yet inspected."};
+// Normal needs proof for every disk: each one's path located and its link speed read (or a
+// transport without a negotiated link). One disk we could not follow keeps the dimension unknown.
+Verdict connectionVerdict(const StorageSnapshot& snapshot, const std::vector<DeviceTopology>& topologies) {
+    const auto inspectedTopologies = static_cast<std::size_t>(
+        std::count_if(topologies.begin(), topologies.end(), [](const DeviceTopology& t) { return t.isInspected(); }));
+    if (inspectedTopologies == 0) return {HealthStatus::unknown, "Topology not yet inspected."};
+    const auto inspectedDisks =
+        static_cast<std::size_t>(std::count_if(snapshot.disks.begin(), snapshot.disks.end(),
+                                               [&](const PhysicalDisk& d) { return isInspected(topologies, d); }));
+    if (inspectedDisks < snapshot.disks.size())
+        return {HealthStatus::unknown,
+                fmt::format("Link speed known for {} of {} disks.", inspectedDisks, snapshot.disks.size())};
+    if (snapshot.disks.empty() && inspectedTopologies < topologies.size())
+        return {HealthStatus::unknown, "Topology not yet inspected."};
     return {HealthStatus::normal, "Links run at the speeds the hardware reports."};
 }
 
-std::vector<std::string> availabilityEvidence(const StorageSnapshot& snapshot, const std::vector<ExpectedVolume>& expected) {
+std::vector<std::string> availabilityEvidence(const StorageSnapshot& snapshot,
+                                              const std::vector<ExpectedVolume>& expected) {
     std::vector<std::string> lines;
     for (const auto& volume : expected) {
         if (const auto* mounted = mountedVolume(snapshot, volume.volumeID))
@@ -151,37 +186,38 @@ std::vector<DimensionAssessment> assess(const StorageSnapshot& snapshot, const D
         DimensionAssessment assessment;
         assessment.dimension = dimension;
         for (const auto& finding : collected)
-            if (finding.dimension == dimension && isActionable(finding.severity)) assessment.findings.push_back(finding);
+            if (finding.dimension == dimension && isActionable(finding.severity))
+                assessment.findings.push_back(finding);
 
         Verdict withoutFindings{HealthStatus::unknown, ""};
         std::string withFindings;
         switch (dimension) {
-        case HealthDimension::physical:
-            assessment.evidence = physicalEvidence(snapshot);
-            withFindings = fmt::format("{} physical issue{} reported by the drives.", assessment.findings.size(),
-                                       plural(assessment.findings.size()));
-            if (assessment.findings.empty()) withoutFindings = physicalVerdict(snapshot);
-            break;
-        case HealthDimension::fileSystem:
-            assessment.evidence = fileSystemEvidence(local, verifiedFileSystems);
-            withFindings = firstTitle(assessment.findings, "File system issue");
-            withoutFindings = fileSystemVerdict(local, verifiedFileSystems);
-            break;
-        case HealthDimension::usage:
-            assessment.evidence = usageEvidence(local);
-            withFindings = firstTitle(assessment.findings, "Storage usage issue");
-            withoutFindings = usageVerdict(local);
-            break;
-        case HealthDimension::connection:
-            assessment.evidence = connectionEvidence(topologies);
-            withFindings = firstTitle(assessment.findings, "Connection issue");
-            withoutFindings = connectionVerdict(topologies);
-            break;
-        case HealthDimension::availability:
-            assessment.evidence = availabilityEvidence(snapshot, expectedVolumes);
-            withFindings = firstTitle(assessment.findings, "Availability issue");
-            withoutFindings = {HealthStatus::normal, "All expected volumes are online."};
-            break;
+            case HealthDimension::physical:
+                assessment.evidence = physicalEvidence(snapshot);
+                withFindings = fmt::format("{} physical issue{} reported by the drives.", assessment.findings.size(),
+                                           plural(assessment.findings.size()));
+                if (assessment.findings.empty()) withoutFindings = physicalVerdict(snapshot);
+                break;
+            case HealthDimension::fileSystem:
+                assessment.evidence = fileSystemEvidence(local, verifiedFileSystems);
+                withFindings = firstTitle(assessment.findings, "File system issue");
+                withoutFindings = fileSystemVerdict(local, verifiedFileSystems);
+                break;
+            case HealthDimension::usage:
+                assessment.evidence = usageEvidence(local);
+                withFindings = firstTitle(assessment.findings, "Storage usage issue");
+                withoutFindings = usageVerdict(local);
+                break;
+            case HealthDimension::connection:
+                assessment.evidence = connectionEvidence(snapshot, topologies);
+                withFindings = firstTitle(assessment.findings, "Connection issue");
+                withoutFindings = connectionVerdict(snapshot, topologies);
+                break;
+            case HealthDimension::availability:
+                assessment.evidence = availabilityEvidence(snapshot, expectedVolumes);
+                withFindings = firstTitle(assessment.findings, "Availability issue");
+                withoutFindings = {HealthStatus::normal, "All expected volumes are online."};
+                break;
         }
 
         if (assessment.findings.empty()) {

@@ -1,5 +1,6 @@
 #include "machine/RefreshCycle.h"
 
+#include "machine/MachineTopology.h"
 #include "monitoring/MountChange.h"
 #include "monitoring/VolumeSample.h"
 
@@ -8,7 +9,10 @@ namespace corvel::RefreshCycle {
 Result run(Machine& machine, const CorvelSettings& settings, const Steps& steps) {
     Result result;
     result.snapshot = machine.snapshot();
-    result.diagnosis = MachineDiagnosis::of(result.snapshot, settings);
+    // The topology's own warnings belong to `velmora topology`; here an unreadable path only
+    // leaves the connection dimension unknown.
+    const auto topology = MachineTopology::read(machine, result.snapshot);
+    result.diagnosis = MachineDiagnosis::of(result.snapshot, settings, topology.topologies);
     const TimePoint at = result.snapshot.capturedAt;
 
     if (steps.previous) {
@@ -32,7 +36,8 @@ Result run(Machine& machine, const CorvelSettings& settings, const Steps& steps)
         }
         if (auto problem = steps.history->loadProblem()) result.warnings.push_back(*problem);
         for (const auto& volume : result.snapshot.volumes) {
-            if (auto days = CapacityForecast::daysUntilFull(steps.history->samples(volume.id), steps.forecastMinimumSpan))
+            if (auto days =
+                    CapacityForecast::daysUntilFull(steps.history->samples(volume.id), steps.forecastMinimumSpan))
                 result.forecasts[volume.id] = *days;
         }
     }

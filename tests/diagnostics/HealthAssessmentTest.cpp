@@ -2,6 +2,7 @@
 #include "diagnostics/DiagnosticEngine.h"
 #include "diagnostics/HealthAssessment.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -67,8 +68,8 @@ TEST(PhysicalDimension, AnUnprovenDriveKeepsItUnknownEvenWithoutFindings) {
     const auto physical = in.dimension(HealthDimension::physical);
     EXPECT_EQ(physical.status, HealthStatus::unknown);
     EXPECT_EQ(physical.summary, "1 verified; 1 drive can't report SMART.");
-    EXPECT_EQ(physical.evidence, (std::vector<std::string>{"APPLE SSD AP1024Z: SMART Verified",
-                                                           "Samsung T7: SMART Not Supported"}));
+    EXPECT_EQ(physical.evidence,
+              (std::vector<std::string>{"APPLE SSD AP1024Z: SMART Verified", "Samsung T7: SMART Not Supported"}));
     // The info finding about the bridge is not listed.
     EXPECT_TRUE(physical.findings.empty());
 
@@ -191,12 +192,30 @@ TEST(ConnectionDimension, UnknownUntilTopologyIsInspected) {
     EXPECT_EQ(connection.summary, "Topology not yet inspected.");
     EXPECT_TRUE(connection.evidence.empty());
 
+    in.snapshot.disks.push_back(externalDisk("disk4", "Samsung T7 Media"));
     DeviceTopology topology;
     topology.diskID = "disk4";
-    topology.path = {TopologyNode{"Thunderbolt 4 port", "port", 40'000'000'000, {}},
-                     TopologyNode{"USB bridge", "bridge", 10'000'000'000, {"bottleneck"}},
-                     TopologyNode{"Samsung T7", "disk", std::nullopt, {}}};
+    topology.path = {TopologyNode{"Thunderbolt 4 port", "port", 40'000'000'000, {}, {}},
+                     TopologyNode{"USB bridge", "bridge", 10'000'000'000, {"bottleneck"}, {}},
+                     TopologyNode{"Samsung T7", "disk", std::nullopt, {}, {}}};
+    topology.transport = "usb";
     in.topologies.push_back(topology);
+    // A path without the speed the disk runs at proves nothing.
+    connection = in.dimension(HealthDimension::connection);
+    EXPECT_EQ(connection.status, HealthStatus::unknown);
+
+    in.topologies[0].effectiveLinkBitsPerSecond = 10'000'000'000;
+    connection = in.dimension(HealthDimension::connection);
+    EXPECT_EQ(connection.status, HealthStatus::unknown);
+    EXPECT_EQ(connection.summary, "Link speed known for 1 of 2 disks.");
+    EXPECT_THAT(connection.evidence, ::testing::Contains("APPLE SSD AP1024Z: connection not inspected"));
+
+    // The internal disk on the chip's fabric has no link that could run slow.
+    DeviceTopology internal;
+    internal.diskID = "disk0";
+    internal.path = {TopologyNode{"Apple Fabric", "controller", std::nullopt, {}, {}}};
+    internal.transport = "fabric";
+    in.topologies.push_back(internal);
     connection = in.dimension(HealthDimension::connection);
     EXPECT_EQ(connection.status, HealthStatus::normal);
     EXPECT_EQ(connection.summary, "Links run at the speeds the hardware reports.");
@@ -210,8 +229,8 @@ TEST(ConnectionDimension, TopologyFindingsDriveIt) {
     topology.diskID = "disk4";
     topology.findings.push_back(Finding::make("topology.linkSpeed", Severity::warning, FindingSubject::disk("disk4"),
                                               "T7", "Drive runs at USB 2 speed", "detail"));
-    topology.findings.push_back(Finding::make("topology.note", Severity::info, FindingSubject::disk("disk4"), "T7",
-                                              "Info only", "detail"));
+    topology.findings.push_back(
+        Finding::make("topology.note", Severity::info, FindingSubject::disk("disk4"), "T7", "Info only", "detail"));
     in.topologies.push_back(topology);
     const auto connection = in.dimension(HealthDimension::connection);
     EXPECT_EQ(connection.status, HealthStatus::attention);
@@ -236,8 +255,8 @@ TEST(AvailabilityDimension, MissingExpectedVolumeIsCritical) {
     const auto availability = in.dimension(HealthDimension::availability);
     EXPECT_EQ(availability.status, HealthStatus::critical);
     EXPECT_EQ(availability.summary, "Work SSD is not connected");
-    EXPECT_EQ(availability.evidence, (std::vector<std::string>{"Data mounted at /Volumes/Data",
-                                                               "Work SSD expected but not mounted"}));
+    EXPECT_EQ(availability.evidence,
+              (std::vector<std::string>{"Data mounted at /Volumes/Data", "Work SSD expected but not mounted"}));
     ASSERT_EQ(availability.findings.size(), 1u);
     const auto& f = availability.findings[0];
     EXPECT_EQ(f.ruleID, "availability.missing");
@@ -275,7 +294,7 @@ TEST(HealthAssessment, DimensionsOnlyTakeTheirOwnFindings) {
     in.report = DiagnosticReport(TimePoint{}, {Finding::make("volume.freeSpace", Severity::warning,
                                                              FindingSubject::volume("DATA"), "Data", "Low", "d")});
     const auto health = in.assess();
-    EXPECT_EQ(health[0].status, HealthStatus::normal);  // physical
+    EXPECT_EQ(health[0].status, HealthStatus::normal);     // physical
     EXPECT_EQ(health[2].status, HealthStatus::attention);  // usage
     EXPECT_EQ(health[2].summary, "Low");
     for (std::size_t i : {0u, 1u, 3u, 4u}) EXPECT_TRUE(health[i].findings.empty()) << i;
