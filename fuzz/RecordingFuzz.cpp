@@ -5,6 +5,7 @@
 // builds without the state-changing areas.
 #include "FuzzInput.h"
 #include "command/RecordedCommandRunner.h"
+#include "common/Environment.h"
 #include "diagnostics/DiagnosticEngine.h"
 #include "diagnostics/HealthAssessment.h"
 #include "diagnostics/SettingsStore.h"
