@@ -135,6 +135,12 @@ void registerRunCommand(CLI::App& agent, CliContext& context) {
         ->group("")
         ->check(CLI::Range(0, 86400))
         ->excludes(minutes);
+    run->add_option("--textfile-dir", options->textfileDir,
+                    "Write DIR/velmora.prom for the node exporter every cycle (default: the setting "
+                    "metricsTextfileDirectory)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->allow_extra_args(false);
     run->callback([&context, options] {
         context.machine();  // bad --replay or --now is bad usage before anything starts
         AgentOptions agentOptions;
@@ -144,6 +150,8 @@ void registerRunCommand(CLI::App& agent, CliContext& context) {
             agentOptions.overrides.interval = std::chrono::minutes(options->intervalMinutes);
         if (options->intervalSeconds >= 0)
             agentOptions.overrides.interval = std::chrono::seconds(options->intervalSeconds);
+        if (!options->textfileDir.empty())
+            agentOptions.overrides.textfileDirectory = std::filesystem::absolute(options->textfileDir);
         auto& err = context.err();
         Agent agentEngine(agentOptions, [&err](const std::string& line) {
             err << "velmora agent: " << terminalSafe(line) << '\n' << std::flush;

@@ -26,6 +26,7 @@ void registerSpaceCommands(CLI::App& app, CliContext& context);
 void registerDockerCommands(CLI::App& app, CliContext& context);
 void registerInsightsCommands(CLI::App& app, CliContext& context);
 void registerAgentCommands(CLI::App& app, CliContext& context);
+void registerMetricsCommands(CLI::App& app, CliContext& context);
 void registerHistoryCommands(CLI::App& app, CliContext& context);
 void registerCleanupCommands(CLI::App& app, CliContext& context);
 void registerProcessCommands(CLI::App& app, CliContext& context);

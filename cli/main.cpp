@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
         registerDockerCommands(app, ctx);
         registerInsightsCommands(app, ctx);
         registerAgentCommands(app, ctx);
+        registerMetricsCommands(app, ctx);
         registerHistoryCommands(app, ctx);
         registerCleanupCommands(app, ctx);
         registerProcessCommands(app, ctx);

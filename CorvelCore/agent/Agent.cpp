@@ -3,18 +3,39 @@
 #include "agent/AgentNotifier.h"
 #include "agent/InstanceLock.h"
 #include "common/AtomicFile.h"
+#include "machine/MachineMetrics.h"
 #include "monitoring/AlertTracker.h"
+#include "monitoring/MetricsExposition.h"
 
 #include <unistd.h>
 
-#include <chrono>
 #include <fmt/format.h>
+#include <chrono>
 
 namespace corvel {
 namespace {
 
 std::string plural(std::size_t count, const char* one, const char* many) {
     return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+double secondsSince(std::chrono::steady_clock::time_point started) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+}
+
+// The node exporter's textfile collector serves whatever the folder holds, so a failed write keeps
+// the previous file whole and the cycle goes on; the warning says why the figures are old.
+void writeMetrics(Machine& machine, const RefreshCycle::Result& refresh, const CorvelSettings& settings,
+                  const AgentConfiguration& configuration, MachineMetrics::AgentFigures agent,
+                  std::vector<std::string>& warnings) {
+    auto input = MachineMetrics::gather(machine, refresh, settings.thresholds, warnings);
+    input.agent = agent;
+    try {
+        MetricsExposition::writeTextfile(*configuration.textfileDirectory,
+                                         MetricsExposition::render(MachineMetrics::families(input)));
+    } catch (const FileError& error) {
+        warnings.push_back(std::string("Metrics not written: ") + error.what());
+    }
 }
 
 }  // namespace
@@ -107,10 +128,13 @@ AgentCycleReport Agent::runCycle(const StopSignal* stop) {
         }
         persist(refresh, alerts, warnings);
         const auto installed = [&machine](const std::string& executable) { return machine->toolInstalled(executable); };
-        for (const auto& line : AgentNotifier::send(refresh.events, machine->platform(),
-                                                    machine->runner(ToolTimeout::discovery), installed,
-                                                    configuration.notificationsEnabled))
+        for (const auto& line :
+             AgentNotifier::send(refresh.events, machine->platform(), machine->runner(ToolTimeout::discovery),
+                                 installed, configuration.notificationsEnabled))
             log_(line);
+        if (configuration.textfileDirectory)
+            writeMetrics(*machine, refresh, settings, configuration,
+                         {now, secondsSince(started), configuration.interval.count()}, warnings);
         report.monitored = true;
         report.refresh = std::move(refresh);
     } else if (machine) {
@@ -122,10 +146,11 @@ AgentCycleReport Agent::runCycle(const StopSignal* stop) {
     status_.monitoringEnabled = configuration.monitoringEnabled;
     status_.notificationsEnabled = configuration.notificationsEnabled;
     status_.lastCycleAt = now;
-    status_.lastCycleSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    status_.nextCycleAt = options_.once ? std::nullopt
-                                        : std::optional<TimePoint>(now + std::chrono::duration_cast<TimePoint::duration>(
-                                                                             configuration.interval));
+    status_.lastCycleSeconds = secondsSince(started);
+    status_.nextCycleAt =
+        options_.once
+            ? std::nullopt
+            : std::optional<TimePoint>(now + std::chrono::duration_cast<TimePoint::duration>(configuration.interval));
     status_.volumeCount = report.refresh ? static_cast<std::int64_t>(report.refresh->snapshot.volumes.size()) : 0;
     status_.findingCount =
         report.refresh ? static_cast<std::int64_t>(report.refresh->diagnosis.report.findings.size()) : 0;

@@ -43,6 +43,8 @@ std::optional<std::string> CorvelSettings::validationProblem() const {
         if (volume.volumeID.empty() || volume.name.empty()) return "expectedVolumes entries need a volumeID and a name";
     if (updateRepository && !RepositoryName::isValid(*updateRepository))
         return "updateRepository must be a GitHub repository as OWNER/NAME, not '" + *updateRepository + "'";
+    if (metricsTextfileDirectory && (metricsTextfileDirectory->empty() || metricsTextfileDirectory->front() != '/'))
+        return "metricsTextfileDirectory must be an absolute path, not '" + *metricsTextfileDirectory + "'";
     return std::nullopt;
 }
 
@@ -57,6 +59,7 @@ void to_json(Json& j, const CorvelSettings& settings) {
     j["verifiedVolumes"] = std::move(verified);
     j["expectedVolumes"] = settings.expectedVolumes;
     putOptional(j, "updateRepository", settings.updateRepository);
+    putOptional(j, "metricsTextfileDirectory", settings.metricsTextfileDirectory);
 }
 
 void from_json(const Json& j, CorvelSettings& settings) {
@@ -79,6 +82,8 @@ void from_json(const Json& j, CorvelSettings& settings) {
     readIfPresent(j, "expectedVolumes", settings.expectedVolumes);
     if (auto repository = optionalValue<std::string>(j, "updateRepository"))
         settings.updateRepository = std::move(*repository);
+    if (auto folder = optionalValue<std::string>(j, "metricsTextfileDirectory"))
+        settings.metricsTextfileDirectory = std::move(*folder);
 }
 
 }  // namespace corvel

@@ -31,6 +31,7 @@ struct CorvelSettings {
     std::map<std::string, TimePoint> verifiedVolumes;               // volume id -> last successful verification
     std::vector<HealthAssessment::ExpectedVolume> expectedVolumes;  // volumes the setup depends on
     std::optional<std::string> updateRepository;                    // OWNER/NAME of the releases; absent: Velmora's own
+    std::optional<std::string> metricsTextfileDirectory;            // the agent writes velmora.prom there each cycle
 
     // The defaults, with the usual project folders in `home` as project roots.
     static CorvelSettings defaults(const std::filesystem::path& home);

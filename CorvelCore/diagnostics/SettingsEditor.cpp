@@ -198,6 +198,14 @@ const std::vector<Setter>& setters() {
              else
                  s.updateRepository = text;
          }},
+        {"metricsTextfileDirectory", "an absolute path (the node exporter's textfile folder); empty or 'none' clears",
+         [](CorvelSettings& s, const Input& in) {
+             const std::string text(trim(in.value));
+             if (text.empty() || text == "none")
+                 s.metricsTextfileDirectory.reset();
+             else
+                 s.metricsTextfileDirectory = expandHome(text, in.home);
+         }},
     };
     return table;
 }
@@ -236,6 +244,7 @@ std::vector<std::pair<std::string, std::string>> entries(const CorvelSettings& s
         expected.push_back(fmt::format("{} ({}, {})", volume.name, volume.volumeID, volume.reason));
     rows.emplace_back("expectedVolumes", expected.empty() ? "(none)" : join(expected, "; "));
     rows.emplace_back("updateRepository", s.updateRepository ? *s.updateRepository : "(default)");
+    rows.emplace_back("metricsTextfileDirectory", s.metricsTextfileDirectory ? *s.metricsTextfileDirectory : "(none)");
     if (s.verifiedVolumes.empty()) rows.emplace_back("verifiedVolumes", "(none)");
     for (const auto& [volumeID, when] : s.verifiedVolumes)
         rows.emplace_back(std::string(verifiedPrefix) + volumeID, ISO8601::format(when));
