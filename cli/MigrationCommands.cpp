@@ -63,11 +63,11 @@ void printPlan(CliContext& context, const MigrationPlan& plan) {
     Table facts({Table::Align::left, Table::Align::left});
     facts.addRow(
         {"Workspace", terminalSafe(plan.source) + "  (" + ByteFormat::string(plan.allocatedBytes) + " allocated)"});
-    auto where = terminalSafe(plan.destination);
+    auto destination = terminalSafe(plan.destination);
     if (plan.targetVolume)
-        where += "  on " + terminalSafe(*plan.targetVolume) + ", " +
-                 ByteFormat::string(plan.targetAvailableBytes.value_or(0)) + " free";
-    facts.addRow({"Destination", where});
+        destination += "  on " + terminalSafe(*plan.targetVolume) + ", " +
+                       ByteFormat::string(plan.targetAvailableBytes.value_or(0)) + " free";
+    facts.addRow({"Destination", destination});
     facts.print(out, "  ");
 
     out << '\n' << style.bold(fmt::format("Blockers ({})", plan.blockers.size())) << '\n';
