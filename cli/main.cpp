@@ -29,5 +29,6 @@ int main(int argc, char** argv) {
         registerUpdateCommands(app, ctx);
         registerUninstallCommands(app, ctx);
         registerTopologyCommands(app, ctx);
+        registerMigrationCommands(app, ctx);
     });
 }
