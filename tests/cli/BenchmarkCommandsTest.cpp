@@ -52,13 +52,13 @@ TEST(BenchCommand, AsksForConsentAndChecksOptionsBeforeWriting) {
     struct Case {
         std::vector<std::string> arguments;
         int status;
-        const char* says;
+        std::string says;
     };
     for (const Case& c :
          {Case{bench(folder.path(), {"--size", "lots"}), 2, "--size 'lots'"},
           Case{bench(folder.path(), {"--seconds", "0"}), 2, "seconds per test"},
           Case{bench(folder.path(), {"--size", "1000"}), 2, "too small"}, Case{{"bench"}, 2, "needs a PATH"},
-          Case{bench(folder.path("missing")), 1, folder.path("missing").c_str()},
+          Case{bench(folder.path("missing")), 1, folder.path("missing")},
           Case{bench(folder.path(), {"--size", "1000TiB"}), 1, "free; the benchmark needs"}}) {
         const Outcome outcome = velmora(c.arguments);
         EXPECT_EQ(outcome.status, c.status) << c.arguments.back() << ": " << outcome.err;
@@ -109,7 +109,9 @@ TEST(BenchCommand, TheFileNeverOutlivesAnInterruptedRun) {
         ASSERT_EQ(::kill(child.pid(), signal), 0);
         const auto status = child.waitFor(std::chrono::seconds(5));
         ASSERT_TRUE(status.has_value()) << "velmora did not stop";
-        if (signal == SIGINT) EXPECT_EQ(WEXITSTATUS(*status), 1);
+        if (signal == SIGINT) {
+            EXPECT_EQ(WEXITSTATUS(*status), 1);
+        }
         EXPECT_TRUE(isEmptyFolder(folder.path()));
     }
 }
