@@ -37,5 +37,6 @@ void registerUpdateCommands(CLI::App& app, CliContext& context);
 void registerUninstallCommands(CLI::App& app, CliContext& context);
 void registerTopologyCommands(CLI::App& app, CliContext& context);
 void registerMigrationCommands(CLI::App& app, CliContext& context);
+void registerBenchmarkCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

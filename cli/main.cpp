@@ -30,5 +30,6 @@ int main(int argc, char** argv) {
         registerUninstallCommands(app, ctx);
         registerTopologyCommands(app, ctx);
         registerMigrationCommands(app, ctx);
+        registerBenchmarkCommands(app, ctx);
     });
 }
