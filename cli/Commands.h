@@ -35,5 +35,6 @@ void registerConsentCommands(CLI::App& app, CliContext& context);
 void registerUpdateCommands(CLI::App& app, CliContext& context);
 void registerUninstallCommands(CLI::App& app, CliContext& context);
 void registerTopologyCommands(CLI::App& app, CliContext& context);
+void registerReportCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -28,5 +28,6 @@ int main(int argc, char** argv) {
         registerUpdateCommands(app, ctx);
         registerUninstallCommands(app, ctx);
         registerTopologyCommands(app, ctx);
+        registerReportCommands(app, ctx);
     });
 }
