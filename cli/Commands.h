@@ -38,5 +38,6 @@ void registerUninstallCommands(CLI::App& app, CliContext& context);
 void registerTopologyCommands(CLI::App& app, CliContext& context);
 void registerMigrationCommands(CLI::App& app, CliContext& context);
 void registerBenchmarkCommands(CLI::App& app, CliContext& context);
+void registerReportCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

@@ -4,8 +4,11 @@
 #include "CliErrors.h"
 #include "Commands.h"
 #include "LongWork.h"
+#include "common/AtomicFile.h"
 #include "common/ByteFormat.h"
 #include "common/PathText.h"
+#include "common/Text.h"
+#include "report/NcduExport.h"
 #include "space/ScanReporting.h"
 #include "space/SpaceJsonWriter.h"
 #include "space/SpaceScanner.h"
@@ -32,6 +35,7 @@ struct ScanCommandOptions {
     std::vector<std::string> excludes;
     unsigned threads = 0;
     bool duplicates = true;
+    std::string exportFile;
 };
 
 std::string progressLine(const ScanProgress::Snapshot& now, double seconds) {
@@ -180,6 +184,14 @@ void runScan(CliContext& context, const ScanCommandOptions& options) {
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 
+    if (!options.exportFile.empty()) {
+        try {
+            AtomicFile::write(options.exportFile, NcduExport::write(tree, VELMORA_VERSION, context.machine().now()));
+        } catch (const std::exception& failure) {
+            throw CommandFailure(std::string("could not write the export: ") + failure.what());
+        }
+    }
+
     const SpaceCatalog catalog = context.machine().catalog();
     const SpaceScanReport report = ScanReporting::report(tree, catalog);
     SpaceTreeOptions treeOptions;
@@ -224,6 +236,10 @@ void registerScanCommands(CLI::App& app, CliContext& context) {
                    "Skip the duplicate search (it reads files of 1 MB and more)");
     scan->add_option("--threads", options->threads, "Walker threads (default: eight per core, 16 to 32)")
         ->check(CLI::Range(1, 256));
+    scan->add_option("--export", options->exportFile,
+                     "Also write the scan in the JSON export format disk-usage browsers open (ncdu -f FILE)")
+        ->type_name("FILE")
+        ->expected(1);
     scan->callback([&context, options] { runScan(context, *options); });
 }
 

@@ -31,5 +31,6 @@ int main(int argc, char** argv) {
         registerTopologyCommands(app, ctx);
         registerMigrationCommands(app, ctx);
         registerBenchmarkCommands(app, ctx);
+        registerReportCommands(app, ctx);
     });
 }
