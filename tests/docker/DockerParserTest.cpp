@@ -10,48 +10,45 @@ namespace {
 
 using DockerParser::size;
 
-TEST(DockerSizes, DecimalUnitsAreExactAndRoundHalfAwayFromZero) {
-    EXPECT_EQ(size("1.2GB"), 1200000000);
-    EXPECT_EQ(size("512kB"), 512000);
-    EXPECT_EQ(size("512KB"), 512000);
-    EXPECT_EQ(size("0B"), 0);
-    EXPECT_EQ(size("3TB"), 3000000000000);
-    EXPECT_EQ(size("412.6MB"), 412600000);
-    EXPECT_EQ(size("1.5B"), 2);  // half rounds up
-    EXPECT_EQ(size("2.4B"), 2);
-    EXPECT_EQ(size("0.0005kB"), 1);  // exactly half a byte
-    EXPECT_EQ(size("0.0004kB"), 0);
-    EXPECT_EQ(size("1234"), 1234);  // a bare whole number is bytes
-    EXPECT_EQ(size(".5kB"), 500);
-    EXPECT_EQ(size("7.kB"), 7000);
-}
+constexpr auto largest = std::numeric_limits<std::int64_t>::max();
 
-TEST(DockerSizes, TextAfterTheFirstBlankIsIgnoredAndBlanksAroundAreTrimmed) {
-    EXPECT_EQ(size("1.2GB (45%)"), 1200000000);
-    EXPECT_EQ(size("  24.6MB\n"), 24600000);
-    EXPECT_EQ(size("0B (virtual 1.21GB)"), 0);
-}
-
-TEST(DockerSizes, UnreadableTextsGiveNone) {
-    EXPECT_EQ(size("N/A"), std::nullopt);
-    EXPECT_EQ(size(""), std::nullopt);
-    EXPECT_EQ(size("   "), std::nullopt);
-    EXPECT_EQ(size("abc"), std::nullopt);
-    EXPECT_EQ(size("3.5 GB"), std::nullopt);  // "3.5" has no unit and is not whole
-    EXPECT_EQ(size("1.5"), std::nullopt);
-    EXPECT_EQ(size("GB"), std::nullopt);
-    EXPECT_EQ(size("1.2.3GB"), std::nullopt);
-    EXPECT_EQ(size("-1GB"), std::nullopt);
-    EXPECT_EQ(size("12MiB"), std::nullopt);  // binary units are not the engine's
-    EXPECT_EQ(size("1e3B"), std::nullopt);
-}
-
-TEST(DockerSizes, HugeFiguresClampToTheLargestCount) {
-    constexpr auto largest = std::numeric_limits<std::int64_t>::max();
-    EXPECT_EQ(size("99999999999TB"), largest);
-    EXPECT_EQ(size("123456789012345678901234567890"), largest);
-    EXPECT_EQ(size("9223372036854775807B"), largest);
-    EXPECT_EQ(size("9223372036854775.807kB"), largest);
+// Decimal units, exact, rounded half away from zero; text after the first blank ignored; huge
+// figures clamped; anything unreadable gives none.
+TEST(DockerSizes, EachTextHasItsByteCount) {
+    const std::pair<const char*, std::optional<std::int64_t>> rows[] = {
+        {"1.2GB", 1200000000},
+        {"512kB", 512000},
+        {"512KB", 512000},
+        {"0B", 0},
+        {"3TB", 3000000000000},
+        {"412.6MB", 412600000},
+        {"1.5B", 2},
+        {"2.4B", 2},
+        {"0.0005kB", 1},  // exactly half a byte
+        {"0.0004kB", 0},
+        {"1234", 1234},  // a bare whole number is bytes
+        {".5kB", 500},
+        {"7.kB", 7000},
+        {"1.2GB (45%)", 1200000000},
+        {"  24.6MB\n", 24600000},
+        {"0B (virtual 1.21GB)", 0},
+        {"99999999999TB", largest},
+        {"123456789012345678901234567890", largest},
+        {"9223372036854775807B", largest},
+        {"9223372036854775.807kB", largest},
+        {"N/A", std::nullopt},
+        {"", std::nullopt},
+        {"   ", std::nullopt},
+        {"abc", std::nullopt},
+        {"3.5 GB", std::nullopt},  // "3.5" has no unit and is not whole
+        {"1.5", std::nullopt},
+        {"GB", std::nullopt},
+        {"1.2.3GB", std::nullopt},
+        {"-1GB", std::nullopt},
+        {"12MiB", std::nullopt},  // binary units are not the engine's
+        {"1e3B", std::nullopt},
+    };
+    for (const auto& [text, bytes] : rows) EXPECT_EQ(size(text), bytes) << text;
 }
 
 TEST(DockerLabels, SplitAtCommasThenAtTheFirstEquals) {

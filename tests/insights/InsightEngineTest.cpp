@@ -1,18 +1,23 @@
 #include "insights/InsightEngine.h"
 
 #include "diagnostics/DiagnosticEngine.h"
+#include "support/Golden.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <functional>
 #include <limits>
 
 namespace corvel {
 namespace {
 
 using InsightEngine::Input;
-using Kind = Insight::Kind;
-using Destination = Insight::Destination;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::Not;
 
 constexpr std::int64_t GB = 1000000000;
 constexpr std::int64_t minimum = InsightEngine::defaultMinimumBytes;
@@ -42,259 +47,6 @@ SpaceNode consumer(std::string path, std::int64_t allocated, CleanupRisk risk, s
     return node;
 }
 
-// An input with one analysed consumer too small for any space rule, so that "space.scan" stays quiet.
-Input analysed() {
-    Input input;
-    input.topConsumers = {consumer("/Users/me/tiny", 1000, CleanupRisk::gray)};
-    return input;
-}
-
-std::vector<std::string> ids(const std::vector<Insight>& insights) {
-    std::vector<std::string> result;
-    for (const auto& insight : insights) result.push_back(insight.id);
-    return result;
-}
-
-const Insight* find(const std::vector<Insight>& insights, const std::string& id) {
-    const auto found = std::find_if(insights.begin(), insights.end(), [&](const Insight& i) { return i.id == id; });
-    return found == insights.end() ? nullptr : &*found;
-}
-
-TEST(InsightsWithNothingKnown, OnlySuggestAnAnalysis) {
-    const auto insights = InsightEngine::insights(Input{}, minimum);
-    ASSERT_EQ(insights.size(), 1u);
-    EXPECT_EQ(insights[0], (Insight{"space.scan", Kind::space, Severity::info, "No storage analysis yet",
-                                    "Run the analyzer to rank what uses your disk, counting APFS clones correctly.",
-                                    std::nullopt, std::nullopt, Destination::space, "Analyze"}));
-    // Even a zero threshold does not turn nothing into suggestions.
-    EXPECT_EQ(InsightEngine::insights(Input{}, 0).size(), 1u);
-}
-
-TEST(InsightBootFree, FollowsTheBootVolumesFreeSpaceFinding) {
-    Input input;
-    input.snapshot.volumes = {volume("data", "/System/Volumes/Data", 1000 * GB, 100 * GB, true),
-                              volume("boot", "/", 1000 * GB, 25 * GB, true)};
-    input.snapshot.volumes[1].isBootVolume = true;
-    input.report = DiagnosticEngine().evaluate(input.snapshot);
-
-    auto insights = InsightEngine::insights(input, minimum);
-    const auto* boot = find(insights, "boot.free");
-    ASSERT_NE(boot, nullptr);
-    EXPECT_EQ(*boot, (Insight{"boot.free", Kind::space, Severity::critical, "Internal SSD is 98% full",
-                              "25 GB free of 1 TB. Find what is really using it before deleting anything.", 975 * GB,
-                              std::nullopt, Destination::space, "Analyze"}));
-    EXPECT_EQ(insights.front().id, "boot.free");  // critical first
-
-    input.topConsumers = {consumer("/Users/me/Movies", 500 * GB, CleanupRisk::red)};
-    insights = InsightEngine::insights(input, minimum);
-    boot = find(insights, "boot.free");
-    ASSERT_NE(boot, nullptr);
-    EXPECT_EQ(boot->destination, Destination::cleanup);
-    EXPECT_EQ(boot->actionTitle, "Review");
-}
-
-TEST(InsightBootFree, OtherVolumesAndHealthyBootVolumesDoNotFire) {
-    Input input = analysed();
-    input.snapshot.volumes = {volume("boot", "/", 1000 * GB, 500 * GB, true),
-                              volume("full", "/Volumes/X", 100 * GB, 1 * GB, false)};
-    input.snapshot.volumes[0].isBootVolume = true;
-    input.report = DiagnosticEngine().evaluate(input.snapshot);
-    ASSERT_FALSE(input.report.findings.empty());  // the other volume has its finding
-    EXPECT_EQ(find(InsightEngine::insights(input, minimum), "boot.free"), nullptr);
-}
-
-TEST(InsightCredentials, CountFilesAndTheirFolders) {
-    Input input = analysed();
-    input.credentialsInTrash = {"/Users/me/.Trash/old/id_rsa", "/Users/me/.Trash/old/.env",
-                                "/Users/me/.Trash/keys.p12"};
-    const auto insights = InsightEngine::insights(input, minimum);
-    ASSERT_EQ(insights.size(), 1u);
-    EXPECT_EQ(insights[0],
-              (Insight{"safety.trash.credentials", Kind::safety, Severity::warning,
-                       "3 credential-like files are in the Trash",
-                       "Found by name in 2 folder(s) (passwords, keys, secrets). Emptying the Trash destroys them; "
-                       "recover any you still use first. Contents were not read.",
-                       std::nullopt, CleanupRisk::red, Destination::cleanup, "Review"}));
-}
-
-TEST(InsightReviewable, SumsGreenAndYellowFromTheThresholdOn) {
-    Input input;
-    input.topConsumers = {consumer("/a/Movies", 5 * GB, CleanupRisk::red),
-                          consumer("/a/DerivedData", 400 * 1000000, CleanupRisk::green),
-                          consumer("/a/unknown", 2 * GB, CleanupRisk::gray),
-                          consumer("/a/node_modules", 350 * 1000000, CleanupRisk::yellow),
-                          consumer("/a/pip", 150 * 1000000, CleanupRisk::green),
-                          consumer("/a/npm", 100 * 1000000, CleanupRisk::green)};
-    auto insights = InsightEngine::insights(input, minimum);
-    const auto* reviewable = find(insights, "space.reviewable");
-    ASSERT_NE(reviewable, nullptr);
-    EXPECT_EQ(*reviewable,
-              (Insight{"space.reviewable", Kind::space, Severity::warning, "1 GB could be reclaimed after review",
-                       "GREEN and YELLOW items such as DerivedData, node_modules, pip. Simulate first; "
-                       "nothing is deleted automatically.",
-                       1 * GB, CleanupRisk::yellow, Destination::cleanup, "Simulate"}));
-
-    EXPECT_EQ(find(InsightEngine::insights(input, GB + 1), "space.reviewable"), nullptr);
-    input.topConsumers.resize(2);
-    insights = InsightEngine::insights(input, 1);
-    ASSERT_NE(find(insights, "space.reviewable"), nullptr);
-    EXPECT_EQ(find(insights, "space.reviewable")->detail,
-              "GREEN and YELLOW items such as DerivedData. Simulate first; nothing is deleted automatically.");
-}
-
-TEST(InsightBigItems, AtMostEightRedOrGrayItemsFromTheThresholdOn) {
-    Input input;
-    input.topConsumers.push_back(consumer("/Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw",
-                                          42 * GB, CleanupRisk::red));
-    input.topConsumers.push_back(consumer("/Users/me/Caches", 30 * GB, CleanupRisk::green));
-    for (int i = 0; i < 9; ++i)
-        input.topConsumers.push_back(consumer("/Users/me/big" + std::to_string(i), 20 * GB, CleanupRisk::gray));
-    input.topConsumers.push_back(consumer("/Users/me/small", GB - 1, CleanupRisk::red));
-
-    const auto insights = InsightEngine::insights(input, minimum);
-    std::vector<std::string> big;
-    for (const auto& insight : insights)
-        if (insight.id.starts_with("space.big.")) big.push_back(insight.id);
-    ASSERT_EQ(big.size(), 8u);
-    EXPECT_EQ(big[0], "space.big./Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw");
-    EXPECT_EQ(std::count(big.begin(), big.end(), "space.big./Users/me/big7"), 0);  // the ninth is over the limit
-    const auto* docker = find(insights, big[0]);
-    EXPECT_EQ(docker->title, "Docker.raw uses 42 GB in /Users/me/Library/Containers/com.docker.docker/Data/vms/0/data");
-    EXPECT_EQ(docker->detail,
-              "Because. Databases, Docker volumes, credentials, personal data, files in use or without "
-              "backup. Never offered for cleanup.");
-    EXPECT_EQ(docker->kind, Kind::safety);
-    EXPECT_EQ(docker->severity, Severity::info);
-    EXPECT_EQ(docker->risk, CleanupRisk::red);
-    EXPECT_EQ(docker->destination, Destination::space);
-    EXPECT_EQ(docker->actionTitle, "Inspect");
-    EXPECT_EQ(find(insights, "space.big./Users/me/big1")->risk, CleanupRisk::gray);
-}
-
-TEST(InsightClones, FireFromTwiceTheThreshold) {
-    Input input;
-    input.topConsumers = {consumer("/a/one", 3 * GB, CleanupRisk::gray, 2 * GB),
-                          consumer("/a/two", 2 * GB, CleanupRisk::gray, GB)};
-    const auto insights = InsightEngine::insights(input, minimum);
-    const auto* clones = find(insights, "space.clones");
-    ASSERT_NE(clones, nullptr);
-    EXPECT_EQ(*clones, (Insight{"space.clones", Kind::space, Severity::info, "2 GB are shared APFS clones",
-                                "Tools that add up file sizes (du, many cleaners) count this space twice. Deleting "
-                                "clones frees almost nothing.",
-                                2 * GB, std::nullopt, Destination::space, "Learn more"}));
-    EXPECT_EQ(find(InsightEngine::insights(input, GB + 1), "space.clones"), nullptr);
-    // A threshold whose double overflows simply never fires.
-    EXPECT_EQ(find(InsightEngine::insights(input, std::numeric_limits<std::int64_t>::max()), "space.clones"), nullptr);
-}
-
-DockerInventory dockerWithReclaimable(std::int64_t bytes) {
-    DockerInventory inventory;
-    inventory.serverVersion = "27.3.1";
-    inventory.diskUsage = {{"Images", 3, 1, 5 * GB, bytes - 10}, {"Build Cache", 2, 0, 10, 10}};
-    return inventory;
-}
-
-TEST(InsightDockerReclaimable, FiresFromTheThresholdOn) {
-    Input input = analysed();
-    input.docker = dockerWithReclaimable(minimum - 1);
-    EXPECT_EQ(find(InsightEngine::insights(input, minimum), "docker.reclaimable"), nullptr);
-    input.docker = dockerWithReclaimable(minimum);
-    const auto insights = InsightEngine::insights(input, minimum);
-    const auto* insight = find(insights, "docker.reclaimable");
-    ASSERT_NE(insight, nullptr);
-    EXPECT_EQ(*insight, (Insight{"docker.reclaimable", Kind::docker, Severity::info, "Docker reports 1 GB reclaimable",
-                                 "Unused images and stopped containers. Review them in Docker; Velmora never prunes.",
-                                 minimum, CleanupRisk::red, Destination::docker, "Review"}));
-    input.docker.reset();
-    EXPECT_EQ(find(InsightEngine::insights(input, minimum), "docker.reclaimable"), nullptr);
-}
-
-class InsightDockerMove : public ::testing::Test {
-protected:
-    void SetUp() override {
-        input = analysed();
-        input.snapshot.volumes = {volume("boot", "/", 1000 * GB, 300 * GB, true),
-                                  volume("data", "/System/Volumes/Data", 1000 * GB, 300 * GB, true),
-                                  volume("work", "/Volumes/Work", 2000 * GB, 50 * GB, false)};
-        DockerInventory inventory = DockerInventory::empty();
-        inventory.diskImage =
-            DockerDiskImage{"/Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw", 68 * GB,
-                            42 * GB, "/System/Volumes/Data", "Docker Desktop default location"};
-        input.docker = inventory;
-    }
-
-    const Insight* move() {
-        result = InsightEngine::insights(input, minimum);
-        return find(result, "docker.move");
-    }
-
-    Input input;
-    std::vector<Insight> result;
-};
-
-TEST_F(InsightDockerMove, InternalImageAndAnExternalAPFSVolumeWithRoom) {
-    const auto* insight = move();
-    ASSERT_NE(insight, nullptr);
-    EXPECT_EQ(
-        *insight,
-        (Insight{"docker.move", Kind::migration, Severity::info, "Docker's disk image uses 42 GB on the internal SSD",
-                 "An external APFS volume has room for it. Plan the move with Docker Desktop's own setting.", 42 * GB,
-                 std::nullopt, Destination::docker, "Plan move"}));
-    // Without the locator's mount point the path finds its volume by prefix.
-    input.docker->diskImage->volumeMountPoint.reset();
-    EXPECT_NE(move(), nullptr);
-}
-
-TEST_F(InsightDockerMove, NoRoomNoAPFSOrAlreadyExternalDoNotFire) {
-    input.snapshot.volumes[2].availableBytes = 42 * GB - 1;
-    EXPECT_EQ(move(), nullptr);
-    input.snapshot.volumes[2].availableBytes = 500 * GB;
-    input.snapshot.volumes[2].fileSystemType = "exfat";
-    EXPECT_EQ(move(), nullptr);
-    input.snapshot.volumes[2].fileSystemType = "apfs";
-    input.snapshot.volumes[2].isReadOnly = true;
-    EXPECT_EQ(move(), nullptr);
-    input.snapshot.volumes[2].isReadOnly = false;
-    input.docker->diskImage->path = "/Volumes/Work/Docker/Docker.raw";
-    input.docker->diskImage->volumeMountPoint = "/Volumes/Work";
-    EXPECT_EQ(move(), nullptr);
-    input.docker->diskImage.reset();
-    EXPECT_EQ(move(), nullptr);
-}
-
-TEST(InsightMigrations, OnePerVerifiedMigrationWithBytes) {
-    Input input = analysed();
-    input.verifiedMigrations = {{"/Users/me/Developer", 5 * GB}, {"/Users/me/empty", 0}};
-    const auto insights = InsightEngine::insights(input, minimum);
-    ASSERT_EQ(insights.size(), 1u);
-    EXPECT_EQ(insights[0], (Insight{"migration./Users/me/Developer", Kind::migration, Severity::info,
-                                    "/Users/me/Developer is verified on the SSD",
-                                    "Checksums match. A reviewed path swap could free 5 GB on the internal SSD; the "
-                                    "original is kept until you decide.",
-                                    5 * GB, std::nullopt, Destination::migration, "Swap plan"}));
-}
-
-TEST(InsightSlowLinks, WarningAndCriticalTopologyFindingsOnly) {
-    Input input = analysed();
-    DeviceTopology topology;
-    topology.diskID = "disk4";
-    topology.findings = {
-        Finding::make("topology.linkSpeed", Severity::warning, FindingSubject::disk("disk4"), "T7", "USB 2 link",
-                      "Slow."),
-        Finding::make("topology.shared", Severity::info, FindingSubject::disk("disk4"), "T7", "Shared hub", "Shared."),
-    };
-    input.topologies = {topology};
-    const auto insights = InsightEngine::insights(input, minimum);
-    ASSERT_EQ(insights.size(), 1u);
-    EXPECT_TRUE(insights[0].id.starts_with("topology"));
-    EXPECT_EQ(insights[0].kind, Kind::performance);
-    EXPECT_EQ(insights[0].severity, Severity::warning);
-    EXPECT_EQ(insights[0].title, "USB 2 link");
-    EXPECT_EQ(insights[0].detail, "Slow.");
-    EXPECT_EQ(insights[0].destination, Destination::topology);
-    EXPECT_EQ(insights[0].actionTitle, "See path");
-}
-
 PhysicalDisk disk(std::string id, SMARTStatus smart, std::optional<std::int64_t> wear) {
     PhysicalDisk result;
     result.id = std::move(id);
@@ -307,71 +59,325 @@ PhysicalDisk disk(std::string id, SMARTStatus smart, std::optional<std::int64_t>
     return result;
 }
 
-TEST(InsightDriveHealth, FailingSmartOrWearFromEightyWhateverTheThreshold) {
+template <class Change>
+Input with(Input input, Change change) {
+    change(input);
+    return input;
+}
+
+// An input with one analysed consumer too small for any space rule, so that "space.scan" stays quiet.
+Input analysed() {
+    Input input;
+    input.topConsumers = {consumer("/Users/me/tiny", 1000, CleanupRisk::gray)};
+    return input;
+}
+
+Input bootVolume(std::int64_t available) {
+    Input input;
+    input.snapshot.volumes = {volume("data", "/System/Volumes/Data", 1000 * GB, 100 * GB, true),
+                              volume("boot", "/", 1000 * GB, available, true)};
+    input.snapshot.volumes[1].isBootVolume = true;
+    input.report = DiagnosticEngine().evaluate(input.snapshot);
+    return input;
+}
+
+Input reviewable() {
+    Input input;
+    input.topConsumers = {consumer("/a/Movies", 5 * GB, CleanupRisk::red),
+                          consumer("/a/DerivedData", 400 * 1000000, CleanupRisk::green),
+                          consumer("/a/unknown", 2 * GB, CleanupRisk::gray),
+                          consumer("/a/node_modules", 350 * 1000000, CleanupRisk::yellow),
+                          consumer("/a/pip", 150 * 1000000, CleanupRisk::green),
+                          consumer("/a/npm", 100 * 1000000, CleanupRisk::green)};
+    return input;
+}
+
+Input clones() {
+    Input input;
+    input.topConsumers = {consumer("/a/one", 3 * GB, CleanupRisk::gray, 2 * GB),
+                          consumer("/a/two", 2 * GB, CleanupRisk::gray, GB)};
+    return input;
+}
+
+Input dockerReclaimable(std::int64_t bytes) {
     Input input = analysed();
-    input.snapshot.disks = {disk("disk0", SMARTStatus::verified, 85), disk("disk1", SMARTStatus::verified, 79),
-                            disk("disk2", SMARTStatus::failing, std::nullopt),
-                            disk("disk3", SMARTStatus::verified, 80)};
+    DockerInventory inventory;
+    inventory.serverVersion = "27.3.1";
+    inventory.diskUsage = {{"Images", 3, 1, 5 * GB, bytes - 10}, {"Build Cache", 2, 0, 10, 10}};
+    input.docker = inventory;
+    return input;
+}
+
+// Docker's disk image on the internal data volume, and an external APFS volume with room for it.
+Input dockerImage() {
+    Input input = analysed();
+    input.snapshot.volumes = {volume("boot", "/", 1000 * GB, 300 * GB, true),
+                              volume("data", "/System/Volumes/Data", 1000 * GB, 300 * GB, true),
+                              volume("work", "/Volumes/Work", 2000 * GB, 50 * GB, false)};
+    DockerInventory inventory = DockerInventory::empty();
+    inventory.diskImage = DockerDiskImage{"/Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw",
+                                          68 * GB, 42 * GB, "/System/Volumes/Data", "Docker Desktop default location"};
+    input.docker = inventory;
+    return input;
+}
+
+// The image found by the longest mount point holding its path (the locator named none).
+Input dockerImageAt(std::string path) {
+    return with(dockerImage(), [&](Input& in) {
+        in.docker->diskImage->path = std::move(path);
+        in.docker->diskImage->volumeMountPoint.reset();
+    });
+}
+
+Input topologyFinding(Severity severity) {
+    Input input = analysed();
+    DeviceTopology topology;
+    topology.diskID = "disk4";
+    topology.findings = {
+        Finding::make("topology.linkSpeed", severity, FindingSubject::disk("disk4"), "T7", "USB 2 link", "Slow.")};
+    input.topologies = {topology};
+    return input;
+}
+
+Input drive(SMARTStatus smart, std::optional<std::int64_t> wear) {
+    Input input = analysed();
+    input.snapshot.disks = {disk("disk0", smart, wear)};
+    // A raised wear threshold does not move the insight's own limit of 80 %.
     DiagnosticThresholds raised = DiagnosticThresholds::standard();
     raised.nvmeWearWarningPercent = 90;
     input.report = DiagnosticEngine(raised).evaluate(input.snapshot);
-    const auto insights = InsightEngine::insights(input, minimum);
-    EXPECT_EQ(ids(insights),
-              (std::vector<std::string>{"health.drive.disk0", "health.drive.disk2", "health.drive.disk3"}));
-    EXPECT_EQ(insights[0],
-              (Insight{"health.drive.disk0", Kind::health, Severity::critical, "APPLE SSD AP1024Z needs attention",
-                       "The drive reports a health problem. Back it up first.", std::nullopt, std::nullopt,
-                       Destination::health, "Details"}));
+    return input;
 }
 
-TEST(InsightOrdering, SeverityFirstThenBytesThenRuleOrder) {
+// One row per boundary: the input, the threshold, the insight, and its severity (none: absent).
+struct Row {
+    const char* what;
+    std::function<Input()> input;
+    std::int64_t minimumBytes;
+    std::string id;
+    std::optional<Severity> severity;
+};
+
+TEST(InsightEngine, RulesFireAtTheirBoundaries) {
+    using S = Severity;
+    const auto red = CleanupRisk::red;
+    const std::vector<Row> rows{
+        {"nothing known", [] { return Input{}; }, minimum, "space.scan", S::info},
+        {"nothing known, zero threshold", [] { return Input{}; }, 0, "space.scan", S::info},
+        {"analysed", analysed, minimum, "space.scan", {}},
+        {"boot volume 97.5 % full", [] { return bootVolume(25 * GB); }, minimum, "boot.free", S::critical},
+        {"boot volume half full, another full",
+         [] {
+             auto in = with(bootVolume(500 * GB), [](Input& i) {
+                 i.snapshot.volumes.push_back(volume("full", "/Volumes/X", 100 * GB, 1 * GB, false));
+             });
+             in.report = DiagnosticEngine().evaluate(in.snapshot);
+             return in;
+         },
+         minimum,
+         "boot.free",
+         {}},
+        {"reviewable 1 GB", reviewable, minimum, "space.reviewable", S::warning},
+        {"reviewable 1 GB, threshold 1 GB + 1", reviewable, GB + 1, "space.reviewable", {}},
+        {"only protected items",
+         [] { return with(reviewable(), [](Input& i) { i.topConsumers.resize(1); }); },
+         0,
+         "space.reviewable",
+         {}},
+        {"big item at the threshold",
+         [] {
+             return with(analysed(),
+                         [](Input& i) { i.topConsumers.push_back(consumer("/Users/me/big", minimum, red)); });
+         },
+         minimum, "space.big./Users/me/big", S::info},
+        {"big item one byte short",
+         [] {
+             return with(analysed(),
+                         [](Input& i) { i.topConsumers.push_back(consumer("/Users/me/big", minimum - 1, red)); });
+         },
+         minimum,
+         "space.big./Users/me/big",
+         {}},
+        {"empty item, zero threshold",
+         [] {
+             return with(analysed(), [](Input& i) { i.topConsumers.push_back(consumer("/Users/me/empty", 0, red)); });
+         },
+         0,
+         "space.big./Users/me/empty",
+         {}},
+        {"clones twice the threshold", clones, minimum, "space.clones", S::info},
+        {"clones below twice the threshold", clones, GB + 1, "space.clones", {}},
+        {"clones, threshold whose double overflows",
+         clones,
+         std::numeric_limits<std::int64_t>::max(),
+         "space.clones",
+         {}},
+        {"Docker reclaimable at the threshold", [] { return dockerReclaimable(minimum); }, minimum,
+         "docker.reclaimable", S::info},
+        {"Docker reclaimable one byte short",
+         [] { return dockerReclaimable(minimum - 1); },
+         minimum,
+         "docker.reclaimable",
+         {}},
+        {"Docker reclaims nothing, zero threshold", [] { return dockerReclaimable(0); }, 0, "docker.reclaimable", {}},
+        {"Docker image inside", dockerImage, minimum, "docker.move", S::info},
+        {"Docker image found by prefix", [] { return dockerImageAt(dockerImage().docker->diskImage->path); }, minimum,
+         "docker.move", S::info},
+        {"Docker image on the external volume, found by prefix",
+         [] { return dockerImageAt("/Volumes/Work/Docker/Docker.raw"); },
+         minimum,
+         "docker.move",
+         {}},
+        {"Docker image beside the external volume's mount point",
+         [] { return dockerImageAt("/Volumes/WorkOld/Docker.raw"); }, minimum, "docker.move", S::info},
+        {"Docker image named by the locator on the external volume",
+         [] {
+             return with(dockerImage(), [](Input& i) {
+                 i.docker->diskImage->path = "/Volumes/Work/Docker/Docker.raw";
+                 i.docker->diskImage->volumeMountPoint = "/Volumes/Work";
+             });
+         },
+         minimum,
+         "docker.move",
+         {}},
+        {"0-byte Docker image",
+         [] { return with(dockerImage(), [](Input& i) { i.docker->diskImage->allocatedBytes = 0; }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"no room outside",
+         [] { return with(dockerImage(), [](Input& i) { i.snapshot.volumes[2].availableBytes = 42 * GB - 1; }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"room exactly",
+         [] { return with(dockerImage(), [](Input& i) { i.snapshot.volumes[2].availableBytes = 42 * GB; }); }, minimum,
+         "docker.move", S::info},
+        {"room on exFAT only",
+         [] { return with(dockerImage(), [](Input& i) { i.snapshot.volumes[2].fileSystemType = "exfat"; }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"room on a read-only volume only",
+         [] { return with(dockerImage(), [](Input& i) { i.snapshot.volumes[2].isReadOnly = true; }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"room on a network volume only",
+         [] { return with(dockerImage(), [](Input& i) { i.snapshot.volumes[2].isNetwork = true; }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"no disk image",
+         [] { return with(dockerImage(), [](Input& i) { i.docker->diskImage.reset(); }); },
+         minimum,
+         "docker.move",
+         {}},
+        {"migration of 1 byte", [] { return with(analysed(), [](Input& i) {
+                                         i.verifiedMigrations = {{"/m", 1}};
+                                     }); },
+         minimum, "migration./m", S::info},
+        {"migration of 0 bytes",
+         [] { return with(analysed(), [](Input& i) {
+                  i.verifiedMigrations = {{"/m", 0}};
+              }); },
+         minimum,
+         "migration./m",
+         {}},
+        {"slow link warning", [] { return topologyFinding(S::warning); }, minimum, "topology.linkSpeed|disk:disk4",
+         S::warning},
+        {"slow link info", [] { return topologyFinding(S::info); }, minimum, "topology.linkSpeed|disk:disk4", {}},
+        {"wear 80", [] { return drive(SMARTStatus::verified, 80); }, minimum, "health.drive.disk0", S::critical},
+        {"wear 79", [] { return drive(SMARTStatus::verified, 79); }, minimum, "health.drive.disk0", {}},
+        {"failing", [] { return drive(SMARTStatus::failing, std::nullopt); }, minimum, "health.drive.disk0",
+         S::critical},
+    };
+    for (const auto& row : rows) {
+        const auto insights = InsightEngine::insights(row.input(), row.minimumBytes);
+        if (row.severity)
+            EXPECT_THAT(insights,
+                        Contains(AllOf(Field(&Insight::id, row.id), Field(&Insight::severity, *row.severity))))
+                << row.what;
+        else
+            EXPECT_THAT(insights, Not(Contains(Field(&Insight::id, row.id)))) << row.what;
+    }
+}
+
+std::vector<std::string> ids(const std::vector<Insight>& insights) {
+    std::vector<std::string> result;
+    for (const auto& insight : insights) result.push_back(insight.id);
+    return result;
+}
+
+TEST(InsightEngine, SeverityFirstThenBytesThenRuleOrder) {
     Input input;  // no consumers: "space.scan" (info, no bytes) is collected before the migrations
     input.verifiedMigrations = {{"/small", 5 * GB}, {"/large", 50 * GB}, {"/same", 5 * GB}};
     input.credentialsInTrash = {"/Users/me/.Trash/id_ed25519"};
     input.snapshot.disks = {disk("disk9", SMARTStatus::failing, std::nullopt)};
-    input.topConsumers = {};
-    const auto insights = InsightEngine::insights(input, minimum);
-    EXPECT_EQ(ids(insights),
-              (std::vector<std::string>{"health.drive.disk9", "safety.trash.credentials", "migration./large",
-                                        "migration./small", "migration./same", "space.scan"}));
+    EXPECT_THAT(ids(InsightEngine::insights(input, minimum)),
+                ElementsAre("health.drive.disk9", "safety.trash.credentials", "migration./large", "migration./small",
+                            "migration./same", "space.scan"));
 }
 
-TEST(InsightOrdering, CriticalHealthBeatsAnyWarningSpaceInsight) {
+TEST(InsightEngine, AtMostEightBigItemsInConsumerOrder) {
     Input input;
-    input.topConsumers = {consumer("/huge", 900 * GB, CleanupRisk::green)};
-    input.snapshot.disks = {disk("disk0", SMARTStatus::failing, std::nullopt)};
-    const auto insights = InsightEngine::insights(input, minimum);
-    ASSERT_GE(insights.size(), 2u);
-    EXPECT_EQ(insights[0].id, "health.drive.disk0");
-    EXPECT_EQ(insights[1].id, "space.reviewable");
-    EXPECT_EQ(insights[1].severity, Severity::warning);
+    input.topConsumers.push_back(consumer("/Users/me/Caches", 30 * GB, CleanupRisk::green));
+    for (int i = 0; i < 9; ++i)
+        input.topConsumers.push_back(consumer("/Users/me/big" + std::to_string(i), 20 * GB, CleanupRisk::gray));
+    std::vector<std::string> big;
+    for (const auto& id : ids(InsightEngine::insights(input, minimum)))
+        if (id.starts_with("space.big.")) big.push_back(id);
+    EXPECT_THAT(big, ElementsAre("space.big./Users/me/big0", "space.big./Users/me/big1", "space.big./Users/me/big2",
+                                 "space.big./Users/me/big3", "space.big./Users/me/big4", "space.big./Users/me/big5",
+                                 "space.big./Users/me/big6", "space.big./Users/me/big7"));
 }
 
-TEST(InsightJson, FieldNamesRawValuesAndRoundTrip) {
-    const Insight insight{"docker.reclaimable",        Kind::docker, Severity::info, "T", "D", 5, CleanupRisk::red,
-                          Destination::diskOperations, "Review"};
-    const Json json = insight;
-    EXPECT_EQ(
-        json.dump(),
-        R"j({"id":"docker.reclaimable","kind":"docker","severity":1,"title":"T","detail":"D","bytes":5,"risk":"red","destination":"diskOperations","actionTitle":"Review"})j");
+// Each rule fires at least once below; the golden file holds every insight's texts, figures,
+// destinations and order.
+TEST(InsightEngine, EveryInsightMatchesTheReviewedCopy) {
+    Input everything = dockerImage();
+    everything.snapshot.volumes[0].availableBytes = 25 * GB;
+    everything.snapshot.volumes[0].isBootVolume = true;
+    everything.snapshot.disks = {disk("disk0", SMARTStatus::verified, 85), disk("disk2", SMARTStatus::failing, {})};
+    everything.report = DiagnosticEngine().evaluate(everything.snapshot);
+    everything.topologies = topologyFinding(Severity::warning).topologies;
+    everything.docker->diskUsage = dockerReclaimable(minimum).docker->diskUsage;
+    everything.topConsumers = reviewable().topConsumers;
+    for (const auto& node : clones().topConsumers) everything.topConsumers.push_back(node);
+    everything.topConsumers.push_back(consumer(
+        "/Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw", 42 * GB, CleanupRisk::red));
+    everything.topConsumers.push_back(consumer("/data", 3 * GB, CleanupRisk::gray));  // directly under "/"
+    everything.verifiedMigrations = {{"/Users/me/Developer", 5 * GB}};
+    everything.credentialsInTrash = {"/Users/me/.Trash/old/id_rsa", "/Users/me/.Trash/old/.env",
+                                     "/Users/me/.Trash/keys.p12"};
+
+    Json rendered = Json::object();
+    rendered["everything"] = InsightEngine::insights(everything, minimum);
+    rendered["nothing known"] = InsightEngine::insights(Input{}, minimum);
+    rendered["boot volume before an analysis"] = InsightEngine::insights(bootVolume(25 * GB), minimum);
+    rendered["one reviewable item"] =
+        InsightEngine::insights(with(reviewable(), [](Input& i) { i.topConsumers.resize(2); }), 1);
+    testing::expectGolden("insights/insights.json", rendered);
+}
+
+TEST(InsightJson, RoundTripsAndRejectsAnUnknownDestination) {
+    const Insight insight{"docker.reclaimable",
+                          Insight::Kind::docker,
+                          Severity::info,
+                          "T",
+                          "D",
+                          5,
+                          CleanupRisk::red,
+                          Insight::Destination::diskOperations,
+                          "Review"};
+    Json json = insight;
     EXPECT_EQ(json.get<Insight>(), insight);
     Insight bare = insight;
     bare.bytes.reset();
     bare.risk.reset();
-    const Json bareJson = bare;
-    EXPECT_FALSE(bareJson.contains("bytes"));
-    EXPECT_FALSE(bareJson.contains("risk"));
-    EXPECT_EQ(bareJson.get<Insight>(), bare);
-    Json unknown = json;
-    unknown["destination"] = "settings";
-    EXPECT_THROW(unknown.get<Insight>(), DecodingError);
-
-    std::vector<std::string> kinds, destinations;
-    for (auto kind : allCases<Insight::Kind>()) kinds.emplace_back(rawValue(kind));
-    for (auto destination : allCases<Insight::Destination>()) destinations.emplace_back(rawValue(destination));
-    EXPECT_EQ(kinds, (std::vector<std::string>{"space", "safety", "performance", "health", "migration", "docker"}));
-    EXPECT_EQ(destinations, (std::vector<std::string>{"space", "cleanup", "topology", "docker", "migration", "health",
-                                                      "diskOperations"}));
+    EXPECT_EQ(Json(bare).get<Insight>(), bare);
+    json["destination"] = "settings";
+    EXPECT_THROW(json.get<Insight>(), DecodingError);
 }
 
 }  // namespace
