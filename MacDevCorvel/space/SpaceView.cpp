@@ -96,6 +96,8 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
     split->addWidget(right);
     split->setStretchFactor(0, 2);
     split->setStretchFactor(1, 3);
+    // Room for folder names: a narrow tree showed only their first letters.
+    split->setSizes({380, 520});
     page->addWidget(split, 1);
 
     folder_->setText(text(model_.folder()));

@@ -3,7 +3,7 @@
 #include "DesktopTests.h"
 
 #include <QApplication>
-#include <cstring>
+#include <string_view>
 #include <memory>
 #include <vector>
 
@@ -16,7 +16,8 @@ int main(int argc, char** argv) {
     int failures = 0;
     bool ran = false;
     for (const auto& test : tests) {
-        if (only && std::strcmp(test->metaObject()->className(), only) != 0) continue;
+        const std::string_view name = test->metaObject()->className();
+        if (only && name.substr(name.rfind(':') + 1) != only) continue;
         ran = true;
         failures += QTest::qExec(test.get(), static_cast<int>(rest.size()), rest.data());
     }
