@@ -3,6 +3,8 @@
 #include "agent/AgentSetup.h"
 #include "agent/ExecutablePath.h"
 #include "common/Text.h"
+#include "consent/ConsentGate.h"
+#include "consent/ConsentLedger.h"
 #include "machine/Machine.h"
 #include "shell/AppOptions.h"
 #include "shell/CoreSession.h"
@@ -24,6 +26,12 @@ namespace {
 int changeAgent(Machine& machine, bool registering) {
     const char* verb = registering ? "register" : "unregister";
     try {
+        // Stopping the agent never needs permission; starting it at login does.
+        const auto ledger = ConsentLedger::load(ConsentLedger::defaultURL(machine.dataFolder()));
+        if (const auto refusal = ConsentGate::refusal(ledger, ConsentScope::backgroundAgent); refusal && registering) {
+            std::cerr << "agent: could not " << verb << ": " << terminalSafe(*refusal) << '\n';
+            return 0;
+        }
         const auto self = currentExecutablePath();
         const auto velmora = AgentSetup::commandLineBeside(self);
         if (!velmora) {

@@ -45,16 +45,16 @@ private Q_SLOTS:
         QCOMPARE(QString::fromStdString(*parsed.error), error);
     }
 
-    // The real program: no window, one line, and the agent registered in the temporary home only.
+    // The real program: no window, one line. Without consent nothing is registered, and the
+    // refusal says so; unregistering needs no consent.
     void agentFlagsPrintOneLineAndExit() {
         QTemporaryDir home;
         QTemporaryDir data;
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert("HOME", home.path());
         environment.insert("XDG_CONFIG_HOME", home.path() + "/config");
-        environment.remove("QT_QPA_PLATFORM");  // no display needed, so none is asked for
-        environment.insert("QT_QPA_PLATFORM", "none-such-platform");
-        for (const char* flag : {"--agent-register", "--agent-unregister"}) {
+        environment.insert("QT_QPA_PLATFORM", "none-such-platform");  // no display may be asked for
+        const auto run = [&](const char* flag, QString& out, QString& err) {
             QProcess program;
             program.setProcessEnvironment(environment);
             program.start(CORVEL_DESKTOP_BINARY,
@@ -62,11 +62,19 @@ private Q_SLOTS:
                            data.path(), flag});
             QVERIFY(program.waitForFinished(30000));
             QCOMPARE(program.exitCode(), 0);
-            const auto out = QString::fromUtf8(program.readAllStandardOutput());
-            QCOMPARE(out.count('\n'), 1);
-            QVERIFY2(out.startsWith("agent: "), qPrintable(out + program.readAllStandardError()));
-        }
-        QVERIFY(!QDir(home.path() + "/config/autostart").exists() || QDir(home.path() + "/config/autostart").isEmpty());
+            out = QString::fromUtf8(program.readAllStandardOutput());
+            err = QString::fromUtf8(program.readAllStandardError());
+        };
+        QString out;
+        QString err;
+        run("--agent-register", out, err);
+        QVERIFY(out.isEmpty());
+        QCOMPARE(err.count('\n'), 1);
+        QVERIFY2(err.startsWith("agent: could not register: "), qPrintable(err));
+        QVERIFY(!QDir(home.path() + "/config").exists());
+        run("--agent-unregister", out, err);
+        QCOMPARE(out.count('\n'), 1);
+        QVERIFY2(out.startsWith("agent: "), qPrintable(out + err));
     }
 
     void badReplayIsUsageError() {
