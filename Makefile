@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 ARGS ?= status
 
-.PHONY: deps configure build run test test-sanitize fuzz bench install package format clean
+.PHONY: deps configure build run app screenshots test test-sanitize fuzz bench install package format clean
 
 deps:
 	@scripts/install-deps
@@ -18,6 +18,14 @@ build: configure
 
 run: build
 	./build/debug/cli/velmora $(ARGS)
+
+app: configure
+	cmake --build --preset debug -j $(JOBS) --target velmora-desktop velmora
+	./build/debug/MacDevCorvel/velmora-desktop $(APP_ARGS)
+
+# Every screen of a recorded Mac, rendered without a display, into build/screenshots/.
+screenshots: configure
+	cmake --build --preset debug -j $(JOBS) --target screenshots
 
 test: build
 	ctest --preset debug -j $(JOBS)

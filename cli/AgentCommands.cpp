@@ -6,12 +6,12 @@
 #include "ConsentCommands.h"
 #include "agent/Agent.h"
 #include "agent/AgentRegistration.h"
+#include "agent/AgentSetup.h"
 #include "agent/ExecutablePath.h"
 #include "agent/InstanceLock.h"
 #include "command/CommandError.h"
 #include "common/AtomicFile.h"
 #include "common/Text.h"
-#include "diagnostics/SettingsStore.h"
 
 #include <fmt/format.h>
 #include <memory>
@@ -29,34 +29,10 @@ MachineOptions machineOptions(CliContext& context) {
     return options;
 }
 
-// Registration is for the person running us: their home and configuration folders, whatever
-// machine is being read. Tools run through the machine's runner, so a replay never touches the
-// real service manager.
-AgentHost hostFor(CliContext& context) {
-    Machine& machine = context.machine();
-    AgentHost host;
-    host.platform = machine.platform();
-    host.home = userHome(context.environment());
-    if (auto config = lookup(context.environment(), "XDG_CONFIG_HOME"); config && config->front() == '/')
-        host.configHome = *config;
-    host.runner = &machine.runner(ToolTimeout::inspection);
-    host.installed = [&machine](const std::string& executable) { return machine.toolInstalled(executable); };
-    return host;
-}
-
-AgentLaunch launchFor(CliContext& context) {
-    Machine& machine = context.machine();
-    const auto settings = SettingsStore(machine.dataFolder(), machine.home()).load().settings;
-    return {currentExecutablePath(), std::filesystem::absolute(machine.dataFolder()).lexically_normal().string(),
-            std::max(1, settings.agentIntervalMinutes)};
-}
-
 AgentRegistration::Outcome changeRegistration(CliContext& context, bool registering) {
     // Stopping the agent never needs permission; starting it at login does.
     if (registering) requireConsent(context, ConsentScope::backgroundAgent);
-    const auto host = hostFor(context);
-    return registering ? AgentRegistration::registerAgent(host, launchFor(context))
-                       : AgentRegistration::unregisterAgent(host);
+    return AgentSetup::change(context.machine(), currentExecutablePath(), registering);
 }
 
 Json registrationJson(const AgentRegistration::Registration& registration) {
@@ -246,7 +222,7 @@ void registerStatusAndEvents(CLI::App& agent, CliContext& context) {
         agent.add_subcommand("status", "Whether the agent is registered and running, its cycles and last events");
     status->callback([&context] {
         const AgentFiles files(context.machine().dataFolder());
-        const auto registration = AgentRegistration::inspect(hostFor(context));
+        const auto registration = AgentRegistration::inspect(AgentSetup::hostFor(context.machine()));
         const auto running = InstanceLock::holder(files.lock());
         const auto record = AgentFiles::read<AgentStatus>(files.status());
         std::optional<std::string> eventsProblem;

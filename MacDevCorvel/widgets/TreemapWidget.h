@@ -1,0 +1,48 @@
+// A squarified treemap of one folder of a scan: a tile per child, its area the child's allocated
+// bytes, its colour the child's category, its name and size written in when they fit. Double
+// clicking a folder's tile asks to zoom into it; the view decides what that means.
+//
+//   auto* map = new TreemapWidget(parent);
+//   map->setNode(&model.root());
+//   connect(map, &TreemapWidget::folderActivated, view, &SpaceView::showFolder);
+#pragma once
+
+#include "space/SpaceNode.h"
+#include "widgets/TreemapLayout.h"
+
+#include <QWidget>
+#include <vector>
+
+namespace corvel::desktop {
+
+class TreemapWidget : public QWidget {
+    Q_OBJECT
+public:
+    explicit TreemapWidget(QWidget* parent = nullptr);
+
+    // The folder shown; null shows the empty state. The node must outlive the widget's use of it.
+    void setNode(const SpaceNode* node);
+    const SpaceNode* node() const { return node_; }
+    // The tiles as last laid out, one per child of the node, in the node's order.
+    const std::vector<TreemapRect>& tiles() const { return tiles_; }
+
+    QSize sizeHint() const override;
+
+Q_SIGNALS:
+    void folderActivated(const corvel::SpaceNode* folder);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    void layOut();
+    int tileAt(QPointF point) const;
+
+    const SpaceNode* node_ = nullptr;
+    std::vector<TreemapRect> tiles_;
+};
+
+}  // namespace corvel::desktop

@@ -1,0 +1,95 @@
+#include "DesktopTests.h"
+#include "dashboard/DashboardModel.h"
+#include "diagnostics/DiagnosticsModel.h"
+#include "diagnostics/DiagnosticsView.h"
+#include "shell/CoreSession.h"
+#include "shell/MainWindow.h"
+#include "shell/Refresher.h"
+#include "shell/Screenshots.h"
+#include "space/SpaceModel.h"
+#include "space/SpaceView.h"
+#include "widgets/TreemapWidget.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTreeWidget>
+
+namespace corvel::desktop::testing {
+
+class ClickThroughTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyScreenOpensWithoutAWarning() {
+        WarningCollector warnings;
+        QTemporaryDir data;
+        QTemporaryDir folder;
+        for (const char* name : {"a/one.bin", "b/two.bin"}) {
+            QDir().mkpath(folder.filePath(QFileInfo(name).path()));
+            QFile file(folder.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray(200000, 'x'));
+        }
+        CoreSession session(recordedMachine("mac-studio-external-usb", data));
+        MainWindow window(session);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QSignalSpy refreshed(&window.refresher(), &Refresher::finished);
+        window.refresher().refresh();
+        QVERIFY(refreshed.wait(20000));
+
+        auto* sidebar = window.sidebar();
+        QCOMPARE(window.screenNames(), (QStringList{"Dashboard", "Diagnostics", "Space"}));
+        for (int i = sidebar->count() - 1; i >= 0; --i) {
+            const QRect row = sidebar->visualItemRect(sidebar->item(i));
+            QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {}, row.center());
+            QCOMPARE(window.currentScreen(), i);
+            QVERIFY(window.screen(i)->isVisible());
+        }
+        QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+        QCOMPARE(window.currentScreen(), 2);
+
+        // An insight's action goes to the screen that deals with it.
+        window.showScreen(0);
+        const auto buttons = window.screen(0)->findChildren<QPushButton*>();
+        const auto action = std::find_if(buttons.begin(), buttons.end(), [](auto* b) { return b->isEnabled(); });
+        if (action != buttons.end()) {
+            QTest::mouseClick(*action, Qt::LeftButton);
+            QVERIFY(window.currentScreen() != 0);
+        }
+
+        window.showScreen(1);
+        auto* diagnosticsView = dynamic_cast<DiagnosticsView*>(window.screen(1));
+        QVERIFY(diagnosticsView);
+        diagnosticsView->severityFilter()->setCurrentIndex(2);  // the second most serious
+        QCOMPARE(window.diagnostics().severityFilter(), std::optional<Severity>(Severity::warning));
+
+        window.showScreen(2);
+        auto* spaceView = dynamic_cast<SpaceView*>(window.screen(2));
+        QVERIFY(spaceView);
+        window.space().setFolder(folder.path().toStdString());
+        QSignalSpy state(&window.space(), &SpaceModel::stateChanged);
+        QTest::mouseClick(spaceView->scanButton(), Qt::LeftButton);
+        while (window.space().state() == SpaceModel::State::scanning) QVERIFY(state.wait(20000));
+        QCOMPARE(window.space().state(), SpaceModel::State::finished);
+        QVERIFY(spaceView->tree()->topLevelItemCount() == 1);
+        QCOMPARE(spaceView->treemap()->node(), &window.space().root());
+        QCOMPARE(spaceView->treemap()->tiles().size(), window.space().root().children.size());
+
+        QTemporaryDir pictures;
+        const auto written = Screenshots::writeAll(window, pictures.path());
+        QCOMPARE(written.size(), 3);
+        QVERIFY2(warnings.warnings().isEmpty(), qPrintable(warnings.warnings().join("\n")));
+    }
+};
+
+std::unique_ptr<QObject> makeClickThroughTest() {
+    return std::make_unique<ClickThroughTest>();
+}
+
+}  // namespace corvel::desktop::testing
+
+#include "ClickThroughTest.moc"

@@ -1,0 +1,43 @@
+#include "DesktopTests.h"
+
+namespace corvel::desktop::testing {
+namespace {
+
+// Qt takes a plain function as its message handler, so what it collects has to live here.
+QStringList* collected = nullptr;
+QtMessageHandler previous = nullptr;
+
+void collect(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    // The offscreen platform says so whenever a window's minimum size changes; a real one obeys.
+    const bool offscreenLimit = message == QLatin1String("This plugin does not support propagateSizeHints()");
+    if (type != QtDebugMsg && type != QtInfoMsg && collected && !offscreenLimit) collected->append(message);
+    if (previous) previous(type, context, message);
+}
+
+}  // namespace
+
+std::vector<std::unique_ptr<QObject>> allTests() {
+    std::vector<std::unique_ptr<QObject>> tests;
+    tests.push_back(makeTreemapLayoutTest());
+    tests.push_back(makeAppOptionsTest());
+    tests.push_back(makeScreenModelsTest());
+    tests.push_back(makeClickThroughTest());
+    return tests;
+}
+
+WarningCollector::WarningCollector() {
+    collected = new QStringList;
+    previous = qInstallMessageHandler(collect);
+}
+
+WarningCollector::~WarningCollector() {
+    qInstallMessageHandler(previous);
+    delete collected;
+    collected = nullptr;
+}
+
+const QStringList& WarningCollector::warnings() const {
+    return *collected;
+}
+
+}  // namespace corvel::desktop::testing
