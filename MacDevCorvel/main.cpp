@@ -1,7 +1,6 @@
 // velmora-desktop: the desktop application. Reads its options before any window exists, so that
 // the agent's start flags and bad options answer with one line and no display.
 #include "agent/AgentSetup.h"
-#include "agent/ExecutablePath.h"
 #include "common/Text.h"
 #include "consent/ConsentGate.h"
 #include "consent/ConsentLedger.h"
@@ -32,7 +31,7 @@ int changeAgent(Machine& machine, bool registering) {
             std::cerr << "agent: could not " << verb << ": " << terminalSafe(*refusal) << '\n';
             return 0;
         }
-        const auto self = currentExecutablePath();
+        const auto self = AgentSetup::runningProgram();
         const auto velmora = AgentSetup::commandLineBeside(self);
         if (!velmora) {
             std::cerr << "agent: could not " << verb << ": no velmora command line beside " << terminalSafe(self)

@@ -7,7 +7,6 @@
 #include "agent/Agent.h"
 #include "agent/AgentRegistration.h"
 #include "agent/AgentSetup.h"
-#include "agent/ExecutablePath.h"
 #include "agent/InstanceLock.h"
 #include "command/CommandError.h"
 #include "common/AtomicFile.h"
@@ -32,7 +31,7 @@ MachineOptions machineOptions(CliContext& context) {
 AgentRegistration::Outcome changeRegistration(CliContext& context, bool registering) {
     // Stopping the agent never needs permission; starting it at login does.
     if (registering) requireConsent(context, ConsentScope::backgroundAgent);
-    return AgentSetup::change(context.machine(), currentExecutablePath(), registering);
+    return AgentSetup::change(context.machine(), AgentSetup::runningProgram(), registering);
 }
 
 Json registrationJson(const AgentRegistration::Registration& registration) {

@@ -1,6 +1,8 @@
 #include "agent/AgentSetup.h"
 
+#include "common/AtomicFile.h"
 #include "common/Environment.h"
+#include "processes/CurrentProcess.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -34,6 +36,11 @@ std::optional<std::string> commandLineBeside(const std::string& program) {
             return candidate.lexically_normal().string();
     }
     return std::nullopt;
+}
+
+std::string runningProgram() {
+    if (auto program = currentExecutablePath()) return *program;
+    throw FileError("Could not find the running program");
 }
 
 AgentRegistration::Outcome change(Machine& machine, const std::string& program, bool registering) {

@@ -28,6 +28,10 @@ AgentLaunch launchFor(Machine& machine, const std::string& program);
 // beside it, or, in a build folder, in the sibling cli/ folder. Absent when neither exists.
 std::optional<std::string> commandLineBeside(const std::string& program);
 
+// The running program's own file, which is what a login item or service must start. Throws
+// FileError when the system will not say.
+std::string runningProgram();
+
 // Registers or unregisters and answers with the one line people see. Throws what
 // AgentRegistration throws.
 AgentRegistration::Outcome change(Machine& machine, const std::string& program, bool registering);
