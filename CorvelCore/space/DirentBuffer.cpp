@@ -20,7 +20,7 @@ bool decode(std::span<std::byte> bytes, std::vector<ScanDirectoryAccess::Entry>&
         offset += recordLength;
         if (length == 0) return false;
         if (name[0] == '.' && (length == 1 || (length == 2 && name[1] == '.'))) continue;
-        entries.push_back({name, static_cast<std::uint16_t>(length), DirectoryReader::entryType(type)});
+        entries.push_back({name, static_cast<std::uint16_t>(length), DirectoryReader::entryType(type), std::nullopt});
     }
     return true;
 }

@@ -4,9 +4,8 @@
 // spares the kernel a path lookup per file and the scanner a string per file.
 //
 // One implementation per platform (platform/linux: getdents64 and fstatat; platform/macos:
-// getattrlistbulk and fstatat), with what both answer the same way in platform/posix. Nothing
-// here throws; failures come back as the system's error number, which `isAccessDenied` and
-// `isVanished` sort.
+// getattrlistbulk, which answers the metadata in the same call), with what both answer the same way in platform/posix.
+// Nothing here throws; failures come back as the system's error number, which `isAccessDenied` and `isVanished` sort.
 //
 //   int error = 0;
 //   int fd = ScanDirectoryAccess::openDirectory("/home/me", error);
@@ -25,14 +24,6 @@
 
 namespace corvel::ScanDirectoryAccess {
 
-// One directory entry as listed: the name points into the caller's buffer, NUL-terminated, and
-// stays valid until the next readBatch with that buffer.
-struct Entry {
-    const char* name = nullptr;
-    std::uint16_t length = 0;
-    DirectoryReader::EntryType type = DirectoryReader::EntryType::other;
-};
-
 // What one metadata call tells about an entry (never following a final symbolic link).
 struct Status {
     std::uint64_t device = 0;
@@ -47,6 +38,16 @@ struct Status {
     std::uint64_t mountID = 0;
     // What the file system reports as the file's own (clone-private) bytes, -1 when it does not.
     std::int64_t exclusiveBytes = -1;
+};
+
+// One directory entry as listed: the name points into the caller's buffer, NUL-terminated, and
+// stays valid until the next readBatch with that buffer.
+struct Entry {
+    const char* name = nullptr;
+    std::uint16_t length = 0;
+    DirectoryReader::EntryType type = DirectoryReader::EntryType::other;
+    // Filled where the listing call reports the metadata too (macOS), sparing a call per entry.
+    std::optional<Status> status;
 };
 
 // What the extents of a file on a file system that can share blocks say.

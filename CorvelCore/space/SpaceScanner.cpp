@@ -329,7 +329,9 @@ private:
                     continue;
                 }
                 Access::Status status;
-                if (!Access::statusAt(handle, entry.name, status, error)) {
+                if (entry.status) {
+                    status = *entry.status;
+                } else if (!Access::statusAt(handle, entry.name, status, error)) {
                     if (!Access::isVanished(error)) ++worker.unreadableFiles;
                     continue;
                 }

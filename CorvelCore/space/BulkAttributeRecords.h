@@ -1,0 +1,56 @@
+// Decodes the buffer macOS getattrlistbulk fills: one record per directory entry with its name,
+// type and the sizes the scanner needs, so that listing a folder is one call for a batch of
+// entries instead of one call per entry. Pure, so that it is tested on hand-built buffers on any
+// platform; the call itself lives in platform/macos and asks for exactly the sets below.
+//
+// Record layout (machine byte order, every attribute padded to 4 bytes): u32 record length, the
+// returned attribute_set_t (5 × u32: common, volume, directory, file, fork), the error number if
+// returned (the kernel packs it first), then the common attributes in bit order — the name as a
+// reference (i32 offset from the reference itself, u32 length with the NUL), device id (i32),
+// object type (u32), modification time (i64 seconds, i64 nanoseconds), file id (u64) — then the
+// file attributes: link count (u32), total size, allocated size (i64 each). Folders carry no file
+// attributes; an attribute the file system did not return takes no space.
+//
+//   std::vector<ScanDirectoryAccess::Entry> entries;
+//   if (!BulkAttributeRecords::decode(buffer.first(used), count, entries)) { /* malformed */ }
+//   for (auto& entry : entries) if (entry.status) { /* no fstatat needed */ }
+#pragma once
+
+#include "space/ScanDirectoryAccess.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace corvel::BulkAttributeRecords {
+
+// Bit values of <sys/attr.h> (a fixed ABI), spelled out so this decoder builds everywhere.
+inline constexpr std::uint32_t commonName = 0x00000001;                // ATTR_CMN_NAME
+inline constexpr std::uint32_t commonDeviceID = 0x00000002;            // ATTR_CMN_DEVID
+inline constexpr std::uint32_t commonObjectType = 0x00000008;          // ATTR_CMN_OBJTYPE
+inline constexpr std::uint32_t commonModificationTime = 0x00000400;    // ATTR_CMN_MODTIME
+inline constexpr std::uint32_t commonFileID = 0x02000000;              // ATTR_CMN_FILEID
+inline constexpr std::uint32_t commonError = 0x20000000;               // ATTR_CMN_ERROR
+inline constexpr std::uint32_t commonReturnedAttributes = 0x80000000;  // ATTR_CMN_RETURNED_ATTRS
+inline constexpr std::uint32_t fileLinkCount = 0x00000001;             // ATTR_FILE_LINKCOUNT
+inline constexpr std::uint32_t fileTotalSize = 0x00000002;             // ATTR_FILE_TOTALSIZE
+inline constexpr std::uint32_t fileAllocatedSize = 0x00000004;         // ATTR_FILE_ALLOCSIZE
+
+inline constexpr std::uint32_t requestedCommon = commonReturnedAttributes | commonError | commonName | commonDeviceID |
+                                                 commonObjectType | commonModificationTime | commonFileID;
+inline constexpr std::uint32_t requestedFile = fileLinkCount | fileTotalSize | fileAllocatedSize;
+
+// Object types of <sys/vnode.h> (enum vtype).
+inline constexpr std::uint32_t typeRegular = 1;    // VREG
+inline constexpr std::uint32_t typeDirectory = 2;  // VDIR
+inline constexpr std::uint32_t typeSymlink = 5;    // VLNK
+
+// Appends the `count` records of `buffer` to `entries` (names point into `buffer`). An entry gets
+// a status only when the kernel returned every attribute that makes one and no error; the caller
+// asks for the rest one by one. Returns false, keeping the entries decoded before it, when a
+// record runs past the buffer, is shorter than its header, its name is not NUL-terminated inside
+// it, or it claims attributes that were never asked for (their sizes would be unknown).
+bool decode(std::span<const std::byte> buffer, int count, std::vector<ScanDirectoryAccess::Entry>& entries);
+
+}  // namespace corvel::BulkAttributeRecords
