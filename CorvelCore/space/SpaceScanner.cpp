@@ -328,10 +328,8 @@ private:
                     ++subfolders;
                     continue;
                 }
-                Access::Status status;
-                if (entry.status) {
-                    status = *entry.status;
-                } else if (!Access::statusAt(handle, entry.name, status, error)) {
+                Access::Status status = entry.status.value_or(Access::Status{});
+                if (!entry.status && !Access::statusAt(handle, entry.name, status, error)) {
                     if (!Access::isVanished(error)) ++worker.unreadableFiles;
                     continue;
                 }
@@ -571,9 +569,7 @@ unsigned defaultThreads() {
     return std::clamp(cores * 8, 16u, 32u);
 }
 
-std::string normalisedRoot(const std::string& root) {
-    return normalPath(root);
-}
+std::string normalisedRoot(const std::string& root) { return normalPath(root); }
 
 ScanTree scan(const std::string& root, const SpaceScanOptions& options, ScanProgress& progress,
               const std::function<bool()>& isCancelled) {
