@@ -12,7 +12,6 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
-#include <filesystem>
 #include <mutex>
 #include <thread>
 #include <unordered_map>
@@ -328,8 +327,10 @@ private:
                     ++subfolders;
                     continue;
                 }
-                Access::Status status = entry.status.value_or(Access::Status{});
-                if (!entry.status && !Access::statusAt(handle, entry.name, status, error)) {
+                Access::Status status;
+                if (entry.status) {
+                    status = *entry.status;
+                } else if (!Access::statusAt(handle, entry.name, status, error)) {
                     if (!Access::isVanished(error)) ++worker.unreadableFiles;
                     continue;
                 }
@@ -569,7 +570,9 @@ unsigned defaultThreads() {
     return std::clamp(cores * 8, 16u, 32u);
 }
 
-std::string normalisedRoot(const std::string& root) { return normalPath(root); }
+std::string normalisedRoot(const std::string& root) {
+    return normalPath(root);
+}
 
 ScanTree scan(const std::string& root, const SpaceScanOptions& options, ScanProgress& progress,
               const std::function<bool()>& isCancelled) {
