@@ -327,10 +327,8 @@ private:
                     ++subfolders;
                     continue;
                 }
-                Access::Status status;
-                if (entry.status) {
-                    status = *entry.status;
-                } else if (!Access::statusAt(handle, entry.name, status, error)) {
+                Access::Status status = entry.status.value_or(Access::Status{});
+                if (!entry.status && !Access::statusAt(handle, entry.name, status, error)) {
                     if (!Access::isVanished(error)) ++worker.unreadableFiles;
                     continue;
                 }
