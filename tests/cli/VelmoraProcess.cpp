@@ -143,6 +143,16 @@ std::string lineWith(const std::string& text, const std::string& needle) {
     return "";
 }
 
+Json outputLines(std::string text, const std::string& machineFolder) {
+    if (!machineFolder.empty())
+        for (auto at = text.find(machineFolder); at != std::string::npos; at = text.find(machineFolder, at))
+            text.replace(at, machineFolder.size(), "<machine>");
+    Json result = Json::array();
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) result.push_back(line);
+    return result;
+}
+
 void grantConsent(const std::vector<ConsentScope>& scopes, const std::string& dataFolder) {
     const char* shared = std::getenv("VELMORA_DATA_DIR");
     const std::filesystem::path folder = !dataFolder.empty() ? dataFolder : shared ? shared : "";

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Commands.h"
+#include "common/Json.h"
 #include "consent/ConsentScope.h"
 #include "support/TemporaryFolder.h"
 
@@ -38,6 +39,10 @@ std::string machine(const std::string& name);
 
 // The line of `text` that contains `needle`, or "" when none does.
 std::string lineWith(const std::string& text, const std::string& needle);
+
+// The lines of `text`, for a golden comparison of what a person reads; `machineFolder` (a
+// recorded machine's folder, which differs per checkout) is shown as <machine>.
+Json outputLines(std::string text, const std::string& machineFolder = "");
 
 // Records the person's acceptance of the current terms with `scopes` allowed in `dataFolder`'s
 // ledger (default: the data folder every test of this process uses), as `velmora consent accept`

@@ -2,12 +2,14 @@
 #include "diagnostics/CorvelSettings.h"
 #include "diagnostics/SettingsEditor.h"
 #include "diagnostics/SettingsStore.h"
+#include "support/Golden.h"
+#include "support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 namespace corvel {
 namespace {
@@ -15,30 +17,11 @@ namespace {
 namespace fs = std::filesystem;
 const fs::path home = "/home/me";
 
-TEST(CorvelSettings, DefaultsAreTheDocumentedValues) {
+// Every default, thresholds included, in one reviewed file; and the defaults are valid.
+TEST(CorvelSettings, DefaultsMatchTheReviewedCopy) {
     const auto settings = CorvelSettings::defaults(home);
-    EXPECT_TRUE(settings.monitoringEnabled);
-    EXPECT_EQ(settings.intervalMinutes, 5);
-    EXPECT_TRUE(settings.notificationsEnabled);
-    EXPECT_EQ(settings.thresholds, DiagnosticThresholds::standard());
-    EXPECT_TRUE(settings.customFootprintPaths.empty());
-    EXPECT_EQ(settings.projectRoots,
-              (std::vector<std::string>{"/home/me/Developer", "/home/me/Projects", "/home/me/Code", "/home/me/src"}));
-    EXPECT_FALSE(settings.workspace);
-    EXPECT_EQ(settings.agentIntervalMinutes, 15);
-    EXPECT_TRUE(settings.verifiedVolumes.empty());
-    EXPECT_TRUE(settings.expectedVolumes.empty());
     EXPECT_FALSE(settings.validationProblem());
-}
-
-TEST(CorvelSettings, StandardThresholds) {
-    const auto t = DiagnosticThresholds::standard();
-    EXPECT_EQ(t.warningFreeFraction, 0.15);
-    EXPECT_EQ(t.criticalFreeFraction, 0.05);
-    EXPECT_EQ(t.warningFreeBytes, 30'000'000'000);
-    EXPECT_EQ(t.criticalFreeBytes, 10'000'000'000);
-    EXPECT_EQ(t.nvmeWearWarningPercent, 80);
-    EXPECT_EQ(t.temperatureWarningCelsius, 70.0);
+    testing::expectGolden("diagnostics/default-settings.json", settings);
 }
 
 TEST(CorvelSettings, EveryKeyIsOptionalAndMissingKeysKeepDefaults) {
@@ -122,8 +105,7 @@ void expectRefused(std::string_view key, std::string_view value, std::string_vie
         SettingsEditor::apply(CorvelSettings::defaults(home), key, value, home);
         ADD_FAILURE() << key << " accepted '" << value << "'";
     } catch (const SettingsError& error) {
-        EXPECT_NE(std::string(error.what()).find(messagePart), std::string::npos)
-            << key << " '" << value << "': " << error.what();
+        EXPECT_THAT(error.what(), ::testing::HasSubstr(std::string(messagePart))) << key << " '" << value << "'";
     }
 }
 
@@ -167,17 +149,11 @@ TEST(SettingsEditor, EntriesListEveryKeyOnce) {
 
 class SettingsStoreTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::random_device random;
-        dir_ = fs::temp_directory_path() / ("velmora-settings-" + std::to_string(random()));
-        fs::create_directories(dir_);
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-
-    void writeFile(const std::string& text) { std::ofstream(dir_ / "settings.json") << text; }
+    void writeFile(const std::string& text) { folder_.write("settings.json", text); }
     std::string readFile() const { return AtomicFile::read(dir_ / "settings.json").value_or("<missing>"); }
 
-    fs::path dir_;
+    testing::TemporaryFolder folder_;
+    const fs::path dir_ = folder_.root();
 };
 
 TEST_F(SettingsStoreTest, MissingFileReadsAsDefaultsWithoutWarning) {
@@ -218,7 +194,7 @@ TEST_F(SettingsStoreTest, UnreadableFileReadsAsDefaultsReportedOnceAndKeptUntilN
     EXPECT_EQ(first.settings, CorvelSettings::defaults(home));
     EXPECT_FALSE(first.fromFile);
     ASSERT_TRUE(first.warning);
-    EXPECT_NE(first.warning->find((dir_ / "settings.json").string()), std::string::npos) << *first.warning;
+    EXPECT_THAT(*first.warning, ::testing::HasSubstr((dir_ / "settings.json").string()));
 
     const auto second = store.load();
     EXPECT_EQ(second.settings, CorvelSettings::defaults(home));

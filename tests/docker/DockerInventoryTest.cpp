@@ -1,11 +1,14 @@
 #include "docker/DockerInventory.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
 namespace corvel {
 namespace {
+
+using ::testing::ElementsAre;
 
 DockerContainer container(std::string id, std::string image, std::optional<std::string> project, std::string state,
                           std::optional<std::int64_t> size, std::vector<DockerMount> mounts = {},
@@ -108,65 +111,46 @@ protected:
 };
 
 TEST_F(DockerViews, ProjectUsageGroupsByComposeProjectAndCountsEachThingOnce) {
+    // legacy (3.4 GB of volumes, no containers left) > shop > Standalone. In shop, shop-web counts
+    // once; shop_pgdata mounted twice, anon mounted and shop_unused only labelled are three volumes,
+    // sizes known for two.
     const auto usage = inventory.projectUsage();
-    ASSERT_EQ(usage.size(), 3u);
-
-    // legacy (3.4 GB of volumes, no containers left) > shop > Standalone
-    EXPECT_EQ(usage[0].name, "legacy");
-    EXPECT_EQ(usage[0].containers, 0);
-    EXPECT_EQ(usage[0].volumes, 1);
-    EXPECT_EQ(usage[0].volumeBytes, 3400000000);
-
-    const auto& shop = usage[1];
-    EXPECT_EQ(shop.name, "shop");
-    EXPECT_EQ(shop.containers, 3);
-    EXPECT_EQ(shop.runningContainers, 2);
-    EXPECT_EQ(shop.containerBytes, 63 + 24600000);
-    EXPECT_EQ(shop.imageIDs, (std::vector<std::string>{"img-postgres", "img-web"}));  // shop-web counted once
-    EXPECT_EQ(shop.imageBytes, 438000000 + 1210000000);
-    // shop_pgdata mounted twice, anon mounted, shop_unused only labelled: three volumes, sizes known for two.
-    EXPECT_EQ(shop.volumes, 3);
-    EXPECT_EQ(shop.volumeBytes, 412600000 + 1000);
-    EXPECT_EQ(shop.bindSources, std::vector<std::string>{"/Users/me/src/shop"});
-    EXPECT_EQ(shop.workingDirectory, "/Users/me/src/shop");
-    EXPECT_EQ(shop.totalBytes(), 63 + 24600000 + 438000000 + 1210000000 + 412600000 + 1000);
-
-    const auto& standalone = usage[2];
-    EXPECT_EQ(standalone.name, "Standalone");
-    EXPECT_EQ(standalone.containers, 1);
-    EXPECT_EQ(standalone.runningContainers, 0);
-    EXPECT_EQ(standalone.imageIDs, std::vector<std::string>{"img-nginx"});
-    EXPECT_EQ(standalone.bindSources, std::vector<std::string>{"/tmp/site"});
-    EXPECT_EQ(standalone.workingDirectory, std::nullopt);
+    EXPECT_THAT(
+        usage, ElementsAre(DockerProjectUsage{"legacy", 0, 0, 1, 0, 3400000000, 0, {}, {}, std::nullopt},
+                           DockerProjectUsage{"shop",
+                                              3,
+                                              2,
+                                              3,
+                                              63 + 24600000,
+                                              412600000 + 1000,
+                                              438000000 + 1210000000,
+                                              {"img-postgres", "img-web"},
+                                              {"/Users/me/src/shop"},
+                                              "/Users/me/src/shop"},
+                           DockerProjectUsage{
+                               "Standalone", 1, 0, 0, 1090, 0, 192000000, {"img-nginx"}, {"/tmp/site"}, std::nullopt}));
+    EXPECT_EQ(usage[1].totalBytes(), 63 + 24600000 + 438000000 + 1210000000 + 412600000 + 1000);
 }
 
 TEST_F(DockerViews, ProjectUsageSortIsStableForEqualTotals) {
     DockerInventory equal;
     equal.containers = {container("a", "x", "first", "running", 10), container("b", "x", "second", "running", 10),
                         container("c", "x", "third", "running", 20)};
-    const auto usage = equal.projectUsage();
-    ASSERT_EQ(usage.size(), 3u);
-    EXPECT_EQ(usage[0].name, "third");
-    EXPECT_EQ(usage[1].name, "first");
-    EXPECT_EQ(usage[2].name, "second");
+    std::vector<std::string> names;
+    for (const auto& project : equal.projectUsage()) names.push_back(project.name);
+    EXPECT_THAT(names, ElementsAre("third", "first", "second"));
     EXPECT_TRUE(DockerInventory::empty().projectUsage().empty());
 }
 
 TEST_F(DockerViews, DatabasesAreContainersWithAnEngineAndTheirVolumes) {
-    const auto databases = inventory.databases();
-    ASSERT_EQ(databases.size(), 1u);
-    EXPECT_EQ(databases[0].container.id, "db");
-    EXPECT_EQ(databases[0].engine, "PostgreSQL");
-    EXPECT_EQ(databases[0].volumeNames, std::vector<std::string>{"shop_pgdata"});
-    EXPECT_EQ(databases[0].volumeBytes, 412600000);
+    EXPECT_THAT(inventory.databases(),
+                ElementsAre(DockerDatabase{inventory.containers[0], "PostgreSQL", {"shop_pgdata"}, 412600000}));
 
     DockerInventory unknownSizes;
     unknownSizes.containers = {
         container("r", "redis:7", std::nullopt, "running", {}, {volumeMount("cache"), bindMount("/x")})};
-    const auto redis = unknownSizes.databases();
-    ASSERT_EQ(redis.size(), 1u);
-    EXPECT_EQ(redis[0].volumeNames, std::vector<std::string>{"cache"});
-    EXPECT_EQ(redis[0].volumeBytes, 0);
+    EXPECT_THAT(unknownSizes.databases(),
+                ElementsAre(DockerDatabase{unknownSizes.containers[0], "Redis", {"cache"}, 0}));
 }
 
 TEST_F(DockerViews, BindMountsPairEveryBindWithItsContainer) {

@@ -110,19 +110,17 @@ TEST(DockerContainers, ReadsFieldsAndComposeLabels) {
         R"j({"ID":"def456def456aa","Names":"loner","Image":"nginx","State":"exited","Status":"Exited (0)","Labels":"","Size":"N/A","Ports":""})j"
         "\n");
     ASSERT_EQ(containers.size(), 2u);
-    const auto& db = containers[0];
-    EXPECT_EQ(db.id, "abc123abc123ff");
-    EXPECT_EQ(db.name, "shop-db-1");
-    EXPECT_EQ(db.image, "postgres:16");
-    EXPECT_EQ(db.state, "running");
-    EXPECT_EQ(db.status, "Up 3 hours");
-    EXPECT_EQ(db.composeProject, "shop");
-    EXPECT_EQ(db.composeService, "db");
-    EXPECT_EQ(db.composeWorkingDirectory, "/Users/me/src/shop");
-    EXPECT_EQ(db.sizeBytes, 63);
-    EXPECT_EQ(db.ports, "0.0.0.0:5432->5432/tcp");
-    EXPECT_TRUE(db.mounts.empty());
-
+    EXPECT_EQ(containers[0], (DockerContainer{"abc123abc123ff",
+                                              "shop-db-1",
+                                              "postgres:16",
+                                              "running",
+                                              "Up 3 hours",
+                                              "shop",
+                                              "db",
+                                              "/Users/me/src/shop",
+                                              63,
+                                              "0.0.0.0:5432->5432/tcp",
+                                              {}}));
     const auto& loner = containers[1];
     EXPECT_EQ(loner.composeProject, std::nullopt);
     EXPECT_EQ(loner.sizeBytes, std::nullopt);

@@ -1,49 +1,17 @@
-// Test doubles for the Docker inventory: a runner that answers from a script and records every
-// call, and a host whose files exist only in memory.
+// Test double for the Docker inventory: a host whose files exist only in memory (commands go
+// through the test kit's ScriptedRunner).
 #pragma once
 
-#include "command/CommandError.h"
-#include "command/CommandRunning.h"
 #include "docker/DockerHostProbing.h"
+#include "support/ScriptedRunner.h"
 
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace corvel::testing {
-
-class ScriptedRunner : public CommandRunning {
-public:
-    using Reply = std::variant<std::string, CommandError>;
-
-    void answer(std::vector<std::string> arguments, Reply reply) {
-        replies_.insert_or_assign(std::move(arguments), std::move(reply));
-    }
-
-    std::string run(const std::string& executable, const std::vector<std::string>& arguments) override {
-        calls.push_back(arguments);
-        executables.push_back(executable);
-        const auto found = replies_.find(arguments);
-        if (found == replies_.end()) throw CommandError::launchFailed("no recording");
-        if (const auto* error = std::get_if<CommandError>(&found->second)) throw *error;
-        return std::get<std::string>(found->second);
-    }
-
-    bool ran(const std::string& verb) const {
-        for (const auto& call : calls)
-            if (!call.empty() && call.front() == verb) return true;
-        return false;
-    }
-
-    std::vector<std::vector<std::string>> calls;
-    std::vector<std::string> executables;
-
-private:
-    std::map<std::vector<std::string>, Reply> replies_;
-};
 
 class FakeDockerHost : public DockerHostProbing {
 public:

@@ -4,7 +4,9 @@
 #include "docker/RecordedDockerHost.h"
 #include "storage/MachineStorage.h"
 #include "storage/RecordedMachine.h"
+#include "support/Golden.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -12,6 +14,9 @@
 
 namespace corvel {
 namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
 
 const std::filesystem::path machines = std::filesystem::path(CORVEL_FIXTURES_DIR) / "machines";
 
@@ -43,74 +48,25 @@ struct Replay {
     RecordedDockerHost host;
 };
 
-TEST(RecordedDockerMachines, RunningEngineWithComposeProjectsAndADatabase) {
-    Replay replay("mac-docker-running");
-    const auto inventory = replay.inventory();
-    EXPECT_TRUE(inventory.errors.empty()) << inventory.errors.front();
-    EXPECT_EQ(inventory.serverVersion, "27.3.1");
-    EXPECT_EQ(inventory.operatingSystem, "Docker Desktop");
-    ASSERT_EQ(inventory.containers.size(), 5u);
-    EXPECT_EQ(inventory.containers[1].name, "shop-web-1");
-    EXPECT_EQ(inventory.containers[1].sizeBytes, 24600000);
-    EXPECT_EQ(inventory.containers[1].ports, "0.0.0.0:3000->3000/tcp");
-    EXPECT_EQ(inventory.images.size(), 6u);
-    EXPECT_EQ(inventory.images[0].uniqueBytes, 438000000);
-    EXPECT_EQ(inventory.images[5].reference(), "<none>");
-    EXPECT_EQ(inventory.volumes.size(), 4u);
-    EXPECT_EQ(inventory.networks.size(), 5u);
-    ASSERT_EQ(inventory.composeProjects.size(), 2u);
-    EXPECT_EQ(inventory.composeProjects[1].configFiles.size(), 2u);
-    EXPECT_EQ(inventory.diskUsage.size(), 4u);
-    EXPECT_EQ(inventory.reclaimableBytes(), 1180000000 + 2290 + 3400000000 + 1673000000);
-    EXPECT_EQ(inventory.buildCacheBytes, 1672500000);
-    ASSERT_TRUE(inventory.diskImage);
-    EXPECT_EQ(inventory.diskImage->path, "/Volumes/Projects/DockerDesktop/Docker.raw");
-    EXPECT_EQ(inventory.diskImage->source, "Docker Desktop setting DataFolder");
-    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/Volumes/Projects");
-
-    const auto usage = inventory.projectUsage();
-    ASSERT_EQ(usage.size(), 4u);
-    EXPECT_EQ(usage[0].name, "legacy");  // 3.4 GB of volumes left behind
-    EXPECT_EQ(usage[1].name, "blog");
-    EXPECT_EQ(usage[2].name, "shop");
-    EXPECT_EQ(usage[2].containers, 3);
-    EXPECT_EQ(usage[2].runningContainers, 3);
-    EXPECT_EQ(usage[2].volumes, 2);
-    EXPECT_EQ(usage[2].workingDirectory, "/Users/sam/src/shop");
-    EXPECT_EQ(usage[3].name, "Standalone");
-
-    const auto databases = inventory.databases();
-    ASSERT_EQ(databases.size(), 3u);  // postgres, redis, mysql
-    EXPECT_EQ(databases[0].engine, "PostgreSQL");
-    EXPECT_EQ(databases[0].volumeBytes, 412600000);
-    EXPECT_EQ(databases[1].engine, "Redis");
-    EXPECT_EQ(databases[2].engine, "MySQL");
-    EXPECT_EQ(inventory.bindMounts().size(), 2u);
-}
-
-TEST(RecordedDockerMachines, StoppedEngineStillMeasuresTheDiskImage) {
-    Replay replay("mac-docker-stopped");
-    const auto inventory = replay.inventory();
-    ASSERT_EQ(inventory.errors.size(), 1u);
-    EXPECT_TRUE(
-        inventory.errors[0].starts_with("docker info: Command failed (1): Cannot connect to the Docker daemon"));
-    EXPECT_FALSE(inventory.isReachable());
-    ASSERT_TRUE(inventory.diskImage);
-    EXPECT_EQ(inventory.diskImage->allocatedBytes, 41875931136);
-    EXPECT_EQ(inventory.diskImage->source, "Docker Desktop default location");
-    EXPECT_EQ(inventory.diskImage->volumeMountPoint, "/");
-}
-
-TEST(RecordedDockerMachines, NativeLinuxEngineMeasuresItsDataFolder) {
-    Replay replay("linux-docker-engine");
-    const auto inventory = replay.inventory();
-    EXPECT_TRUE(inventory.errors.empty());
-    EXPECT_EQ(inventory.operatingSystem, "Debian GNU/Linux 12 (bookworm)");
-    EXPECT_EQ(inventory.containers.size(), 5u);
-    EXPECT_EQ(inventory.bindMounts()[0].mount.source, "/home/me/src/shop");
-    ASSERT_TRUE(inventory.diskImage);
-    EXPECT_EQ(*inventory.diskImage,
-              (DockerDiskImage{"/var/lib/docker", 14563921408, 12081618944, "/", "Docker engine data root"}));
+// Each recorded machine's inventory and what is derived from it, in one reviewed file: a running
+// engine with compose projects, databases and a disk image on another volume; a stopped engine
+// (one error line, the disk image still measured); a native Linux engine and its data folder.
+TEST(RecordedDockerMachines, InventoriesMatchTheReviewedCopy) {
+    Json rendered = Json::object();
+    for (const char* name : {"mac-docker-running", "mac-docker-stopped", "linux-docker-engine"}) {
+        Replay replay(name);
+        const auto inventory = replay.inventory();
+        EXPECT_EQ(Json(inventory).get<DockerInventory>(), inventory) << name;
+        const auto reclaimable = inventory.reclaimableBytes();
+        Json& entry = rendered[name];
+        entry["inventory"] = inventory;
+        entry["isReachable"] = inventory.isReachable();
+        entry["reclaimableBytes"] = reclaimable ? Json(*reclaimable) : Json();
+        entry["projectUsage"] = inventory.projectUsage();
+        entry["databases"] = inventory.databases();
+        entry["bindMounts"] = inventory.bindMounts();
+    }
+    testing::expectGolden("docker/recorded-machines.json", rendered);
 }
 
 TEST(RecordedDockerHostFile, MalformedFactsNameTheFile) {
@@ -125,9 +81,7 @@ TEST(RecordedDockerHostFile, MalformedFactsNameTheFile) {
         build(Json{{"dockerHost", {{"files", {{"/x", {{"apparentBytes", 1}}}}}}}});
         ADD_FAILURE() << "accepted a file without its allocated size";
     } catch (const RecordingError& error) {
-        EXPECT_NE(std::string(error.what()).find((folder / "machine.json").string()), std::string::npos)
-            << error.what();
-        EXPECT_NE(std::string(error.what()).find("allocatedBytes"), std::string::npos) << error.what();
+        EXPECT_THAT(error.what(), AllOf(HasSubstr((folder / "machine.json").string()), HasSubstr("allocatedBytes")));
     }
     EXPECT_THROW(build(Json{{"dockerHost", {{"textFiles", {{"/s.json", "missing.json"}}}}}}), RecordingError);
     EXPECT_THROW(build(Json{{"dockerHost", "nope"}}), RecordingError);

@@ -42,12 +42,8 @@ TEST(ProcPidFiles, NamesMayHoldSpacesAndParentheses) {
     const auto stat = ProcPidFiles::parseStat(
         "77 (evil) S 1 (x) Z 5 77 77 0 -1 4194560 0 0 0 0 12 4 0 0 20 0 1 0 500 1000 9 18446744073709551615 0");
     ASSERT_TRUE(stat);
-    EXPECT_EQ(stat->name, "evil) S 1 (x");
-    EXPECT_EQ(stat->state, 'Z');
-    EXPECT_EQ(stat->parentPid, 5);
+    EXPECT_EQ(*stat, (ProcPidFiles::Stat{"evil) S 1 (x", 'Z', 5, 4194560, 12, 4, 500, 9}));
     EXPECT_TRUE(ProcPidFiles::isZombie(*stat));
-    EXPECT_EQ(stat->startTicks, 500u);
-    EXPECT_EQ(stat->residentPages, 9);
 }
 
 TEST(ProcPidFiles, MalformedStatLinesAreRejected) {

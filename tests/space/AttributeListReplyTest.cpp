@@ -62,13 +62,8 @@ ReplyBuilder fullReply() {
 TEST(AttributeListReplyDecode, ReadsEveryReturnedAttributeInOrder) {
     const auto facts = Reply::decode(fullReply().bytes());
     ASSERT_TRUE(facts);
-    EXPECT_EQ(facts->device, 16777231);
-    EXPECT_EQ(facts->fileID, 0x1122334455667788u);
-    EXPECT_EQ(facts->linkCount, 3u);
-    EXPECT_EQ(facts->modified, fileTime(1'700'000'000, 123'456'789));
-    EXPECT_EQ(facts->logicalBytes, 10'000);
-    EXPECT_EQ(facts->allocatedBytes, 12'288);
-    EXPECT_EQ(facts->exclusiveBytes, std::optional<std::int64_t>(4'096));
+    EXPECT_EQ(*facts, (FileSizeFacts{16777231, 0x1122334455667788u, 3, fileTime(1'700'000'000, 123'456'789), 10'000,
+                                     12'288, 4'096}));
 }
 
 TEST(AttributeListReplyDecode, AttributesNotReturnedTakeNoSpaceAndKeepDefaults) {
@@ -86,11 +81,7 @@ TEST(AttributeListReplyDecode, AMissingPrivateSizeLeavesExclusiveAbsent) {
     reply.put(std::uint64_t{9}).put(std::int64_t{100}).put(std::int64_t{4096});
     const auto facts = Reply::decode(reply.bytes());
     ASSERT_TRUE(facts);
-    EXPECT_EQ(facts->fileID, 9u);
-    EXPECT_EQ(facts->logicalBytes, 100);
-    EXPECT_EQ(facts->allocatedBytes, 4096);
-    EXPECT_FALSE(facts->exclusiveBytes);
-    EXPECT_FALSE(facts->modified);
+    EXPECT_EQ(*facts, (FileSizeFacts{0, 9, 1, std::nullopt, 100, 4096, std::nullopt}));
 }
 
 TEST(AttributeListReplyDecode, RejectsRepliesShorterThanTheyClaim) {

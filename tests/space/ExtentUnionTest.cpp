@@ -9,22 +9,22 @@ namespace {
 
 using Ranges = std::vector<ExtentRange>;
 
-TEST(ExtentUnionMerge, CoalescesTouchingAndOverlappingRanges) {
-    EXPECT_EQ(ExtentUnion::merge({{0, 9}, {10, 19}}), (Ranges{{0, 19}}));
-    EXPECT_EQ(ExtentUnion::merge({{0, 9}, {5, 30}}), (Ranges{{0, 30}}));
-    EXPECT_EQ(ExtentUnion::merge({{0, 100}, {10, 20}}), (Ranges{{0, 100}}));
-    EXPECT_EQ(ExtentUnion::merge({{0, 9}, {11, 19}}), (Ranges{{0, 9}, {11, 19}}));
-}
-
-TEST(ExtentUnionMerge, SortsByLowerBoundBeforeFolding) {
-    EXPECT_EQ(ExtentUnion::merge({{50, 59}, {0, 9}, {10, 12}, {40, 49}}), (Ranges{{0, 12}, {40, 59}}));
-}
-
-TEST(ExtentUnionMerge, DropsEmptyRangesAndHandlesTheEdgesOfTheOffsetSpace) {
-    EXPECT_EQ(ExtentUnion::merge({{5, 4}, {1, 1}}), (Ranges{{1, 1}}));
-    EXPECT_TRUE(ExtentUnion::merge({}).empty());
+// Touching and overlapping ranges coalesce after sorting by lower bound; empty ranges drop out,
+// the top of the offset space included.
+TEST(ExtentUnionMerge, SortsThenCoalescesTouchingAndOverlappingRanges) {
     constexpr auto top = std::numeric_limits<std::int64_t>::max();
-    EXPECT_EQ(ExtentUnion::merge({{top - 10, top}, {top - 3, top}}), (Ranges{{top - 10, top}}));
+    const std::pair<Ranges, Ranges> rows[] = {
+        {{{0, 9}, {10, 19}}, {{0, 19}}},
+        {{{0, 9}, {5, 30}}, {{0, 30}}},
+        {{{0, 100}, {10, 20}}, {{0, 100}}},
+        {{{0, 9}, {11, 19}}, {{0, 9}, {11, 19}}},
+        {{{50, 59}, {0, 9}, {10, 12}, {40, 49}}, {{0, 12}, {40, 59}}},
+        {{{5, 4}, {1, 1}}, {{1, 1}}},
+        {{}, {}},
+        {{{top - 10, top}, {top - 3, top}}, {{top - 10, top}}},
+    };
+    for (const auto& [ranges, merged] : rows)
+        EXPECT_EQ(ExtentUnion::merge(ranges), merged) << ::testing::PrintToString(ranges);
 }
 
 TEST(ExtentUnionBytes, CountsEveryCoveredByteOnce) {

@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 #include "ReflinkVolume.h"
 #include "space/FileAttributes.h"
@@ -26,13 +25,6 @@ namespace fs = std::filesystem;
 
 class ReflinkFootprint : public spacetest::ReflinkVolumeTest {
 protected:
-    static void writeRandom(const std::string& path, std::size_t bytes) {
-        std::mt19937_64 generator(42);
-        std::string data(bytes, '\0');
-        for (char& c : data) c = static_cast<char>(generator());
-        std::ofstream(path, std::ios::binary) << data;
-    }
-
     static bool reflink(const std::string& from, const std::string& to) {
         return spacetest::runQuietly("cp --reflink=always '" + from + "' '" + to + "'") == 0;
     }
@@ -47,12 +39,7 @@ TEST_F(ReflinkFootprint, AReflinkedCopyCountsOnceInUniquePhysicalBytes) {
     ASSERT_TRUE(reflink(tree_ + "/original", tree_ + "/clone"));
     writeRandom(tree_ + "/independent", megabyte);
 
-    const auto result = measureLive(tree_);
-    EXPECT_EQ(result.total.fileCount, 3);
-    EXPECT_EQ(result.total.unreadableFiles, 0);
-    EXPECT_EQ(result.total.logicalBytes, 3 * megabyte);
-    EXPECT_EQ(result.total.allocatedBytes, 3 * megabyte);
-    EXPECT_EQ(result.total.uniquePhysicalBytes, 2 * megabyte);
+    EXPECT_EQ(measureLive(tree_).total, (PhysicalFootprint::Totals{3 * megabyte, 3 * megabyte, 2 * megabyte, 3, 0}));
 }
 
 TEST_F(ReflinkFootprint, TwinsHoldNoExclusiveBytesWhileBothExist) {

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "FootprintTestFolder.h"
@@ -95,6 +96,16 @@ protected:
     }
 
     static const ReflinkVolume& volume() { return *volume_; }
+
+    // `bytes` of seeded noise at `path` (its folders made on the way): no two blocks alike, so
+    // nothing is deduplicated or stored as holes behind the test's back.
+    static void writeRandom(const std::string& path, std::size_t bytes, std::uint64_t seed = 42) {
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::mt19937_64 generator(seed);
+        std::string data(bytes, '\0');
+        for (char& c : data) c = static_cast<char>(generator());
+        std::ofstream(path, std::ios::binary) << data;
+    }
 
     std::string tree_;
 

@@ -10,8 +10,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <random>
 
 namespace corvel {
 namespace {
@@ -26,14 +24,6 @@ std::int64_t blocksOf(const std::string& path) {
 
 class SpaceScannerOnReflinks : public spacetest::ReflinkVolumeTest {
 protected:
-    static void writeRandom(const std::string& path, std::size_t bytes) {
-        fs::create_directories(fs::path(path).parent_path());
-        std::mt19937_64 generator(7);
-        std::string data(bytes, '\0');
-        for (char& c : data) c = static_cast<char>(generator());
-        std::ofstream(path, std::ios::binary) << data;
-    }
-
     static void copy(const std::string& from, const std::string& to, const char* mode) {
         fs::create_directories(fs::path(to).parent_path());
         const std::string command = std::string("cp --reflink=") + mode + " '" + from + "' '" + to + "' && sync";
@@ -43,7 +33,7 @@ protected:
 
 TEST_F(SpaceScannerOnReflinks, ClonesHoldNoExclusiveBytesAndAreNotDuplicatesOfEachOther) {
     const std::size_t size = 2 << 20;
-    writeRandom(tree_ + "/x/original", size);
+    writeRandom(tree_ + "/x/original", size, 7);
     ::sync();
     copy(tree_ + "/x/original", tree_ + "/y/clone", "always");
     copy(tree_ + "/x/original", tree_ + "/z/full-copy", "never");

@@ -5,11 +5,14 @@
 #include "storage/SmartctlReport.h"
 
 #include "common/AtomicFile.h"
+#include "support/Golden.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace corvel;
 using namespace corvel::testing;
+using ::testing::HasSubstr;
 
 TEST(LsblkParser, ReadsTypedOutputWithNestedDevices) {
     const char* sample = R"({"blockdevices": [
@@ -25,26 +28,10 @@ TEST(LsblkParser, ReadsTypedOutputWithNestedDevices) {
       {"kname": "nameless", "type": "disk"},
       "not an object"
     ]})";
-    auto devices = LsblkParser::parse(sample);
-    ASSERT_EQ(devices.size(), 1u);
-    const BlockDevice& disk = devices[0];
-    EXPECT_EQ(disk.name, "nvme0n1");
-    EXPECT_EQ(disk.majorMinor, "259:0");
-    EXPECT_EQ(disk.sizeBytes, 1000204886016);
-    EXPECT_EQ(disk.vendor, std::nullopt);
-    EXPECT_EQ(disk.transport, "nvme");
-    EXPECT_EQ(disk.isRotational, false);
-    EXPECT_EQ(disk.physicalSectorSize, 512);
-    EXPECT_TRUE(disk.mountPoints.empty());
-    ASSERT_EQ(disk.children.size(), 1u);
-    ASSERT_EQ(disk.children[0].children.size(), 1u);
-    const BlockDevice& root = disk.children[0].children[0];
-    EXPECT_EQ(root.kernelName, "dm-0");
-    EXPECT_EQ(root.path, "/dev/mapper/root");
-    EXPECT_EQ(root.type, "crypt");
-    EXPECT_EQ(root.label, std::nullopt);  // blank
-    EXPECT_EQ(root.mountPoints, (std::vector<std::string>{"/", "/srv"}));
+    // The nameless entry and the non-object are left out; a blank label is absent.
+    const auto devices = LsblkParser::parse(sample);
     EXPECT_EQ(Json(devices).get<std::vector<BlockDevice>>(), devices);
+    expectGolden("storage/lsblk-typed.json", devices);
 }
 
 TEST(LsblkParser, ReadsOlderAllTextOutput) {
@@ -55,17 +42,8 @@ TEST(LsblkParser, ReadsOlderAllTextOutput) {
        "hotplug": "1", "phy-sec": "512",
        "children": [{"name": "sda1", "maj:min": "8:1", "size": "61529390080", "type": "part",
                      "mountpoint": "/media/me/STICK", "fstype": "exfat"}]}]})";
-    auto devices = LsblkParser::parse(sample);
-    ASSERT_EQ(devices.size(), 1u);
-    EXPECT_EQ(devices[0].kernelName, "sda");
-    EXPECT_EQ(devices[0].path, "/dev/sda");
-    EXPECT_EQ(devices[0].sizeBytes, 61530439680);
-    EXPECT_EQ(devices[0].isRemovable, true);
-    EXPECT_EQ(devices[0].isRotational, true);
-    EXPECT_EQ(devices[0].vendor, "SanDisk");
-    EXPECT_EQ(devices[0].model, "Ultra Fit");
-    EXPECT_EQ(devices[0].physicalSectorSize, 512);
-    EXPECT_EQ(devices[0].children[0].mountPoints, std::vector<std::string>{"/media/me/STICK"});
+    // Quoted numbers and flags are read, padding trimmed, the kernel name and path filled in.
+    expectGolden("storage/lsblk-text.json", LsblkParser::parse(sample));
 }
 
 TEST(LsblkParser, BadDocumentsNameTheInput) {
@@ -74,7 +52,7 @@ TEST(LsblkParser, BadDocumentsNameTheInput) {
             LsblkParser::parse(bad);
             ADD_FAILURE() << bad;
         } catch (const DecodingError& error) {
-            EXPECT_NE(std::string(error.what()).find("lsblk output"), std::string::npos) << error.what();
+            EXPECT_THAT(error.what(), HasSubstr("lsblk output"));
         }
     }
     // Odd values are absent, not errors.
@@ -91,15 +69,15 @@ TEST(MountInfo, ParsesALineWithOptionalTags) {
     auto entry = MountInfoEntry::parseLine(
         "36 35 98:0 /mnt1 /mnt/parent rw,noatime master:1 shared:7 - ext3 /dev/root rw,errors=continue");
     ASSERT_TRUE(entry);
-    EXPECT_EQ(entry->mountID, 36);
-    EXPECT_EQ(entry->parentID, 35);
-    EXPECT_EQ(entry->majorMinor, "98:0");
-    EXPECT_EQ(entry->root, "/mnt1");
-    EXPECT_EQ(entry->mountPoint, "/mnt/parent");
-    EXPECT_EQ(entry->mountOptions, (std::vector<std::string>{"rw", "noatime"}));
-    EXPECT_EQ(entry->fileSystemType, "ext3");
-    EXPECT_EQ(entry->source, "/dev/root");
-    EXPECT_EQ(entry->superOptions, (std::vector<std::string>{"rw", "errors=continue"}));
+    EXPECT_EQ(*entry, (MountInfoEntry{36,
+                                      35,
+                                      "98:0",
+                                      "/mnt1",
+                                      "/mnt/parent",
+                                      {"rw", "noatime"},
+                                      "ext3",
+                                      "/dev/root",
+                                      {"rw", "errors=continue"}}));
     EXPECT_FALSE(entry->isReadOnly());
     EXPECT_EQ(Json(*entry).get<MountInfoEntry>(), *entry);
 }
@@ -143,17 +121,7 @@ TEST(SmartctlReport, NVMeVerdictAndHealthLog) {
     SmartctlReport report = SmartctlReport::decode(*text);
     EXPECT_EQ(report.smartStatus, SMARTStatus::verified);
     ASSERT_TRUE(report.nvme);
-    EXPECT_EQ(report.nvme->temperatureCelsius, 41.0);
-    EXPECT_EQ(report.nvme->percentageUsed, 2);
-    EXPECT_EQ(report.nvme->availableSpare, 100);
-    EXPECT_EQ(report.nvme->availableSpareThreshold, 10);
-    EXPECT_EQ(report.nvme->dataUnitsWritten, 52367810);
-    EXPECT_EQ(report.nvme->dataUnitsRead, 38921734);
-    EXPECT_EQ(report.nvme->powerOnHours, 6213);
-    EXPECT_EQ(report.nvme->powerCycles, 1043);
-    EXPECT_EQ(report.nvme->unsafeShutdowns, 61);
-    EXPECT_EQ(report.nvme->mediaErrors, 0);
-    EXPECT_EQ(report.nvme->errorLogEntries, 0);
+    EXPECT_EQ(*report.nvme, (NVMeHealth{2, 100, 10, 41.0, 0, 0, 6213, 1043, 61, 38921734, 52367810}));
 }
 
 TEST(SmartctlReport, VerdictsAndFallbacks) {
