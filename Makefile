@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 ARGS ?= status
 
-.PHONY: deps configure build run app screenshots test test-sanitize fuzz bench install package format clean
+.PHONY: deps configure build run app screenshots test test-sanitize fuzz bench man install package format clean
 
 deps:
 	@scripts/install-deps
@@ -48,17 +48,24 @@ bench: deps
 	cmake --build --preset release -j $(JOBS)
 	bench/compare-peers.sh
 
+# The manual page and the bash, zsh and fish completions, written by velmora from its own options.
+man: configure
+	cmake --build --preset debug -j $(JOBS) --target velmora-docs
+	mkdir -p build/man build/completions
+	cp build/debug/man/velmora.1 build/man/velmora.1
+	cp build/debug/completions/* build/completions/
+
 # An optimised build installed under PREFIX (default /usr/local), and the release packages with
 # their .sha256 files in build/release (Linux: .deb and .tar.gz; macOS: .pkg).
 PREFIX ?= /usr/local
 install: deps
 	cmake --preset release -DCORVEL_BUILD_TESTS=OFF -DCORVEL_BUILD_BENCH=OFF
-	cmake --build --preset release -j $(JOBS) --target velmora
+	cmake --build --preset release -j $(JOBS) --target velmora velmora-docs
 	cmake --install build/release --prefix $(PREFIX)
 
 package: deps
 	cmake --preset release -DCORVEL_BUILD_TESTS=OFF -DCORVEL_BUILD_BENCH=OFF
-	cmake --build --preset release -j $(JOBS) --target velmora
+	cmake --build --preset release -j $(JOBS) --target velmora velmora-docs
 	cd build/release && cpack
 
 format:

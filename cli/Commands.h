@@ -39,5 +39,6 @@ void registerTopologyCommands(CLI::App& app, CliContext& context);
 void registerMigrationCommands(CLI::App& app, CliContext& context);
 void registerBenchmarkCommands(CLI::App& app, CliContext& context);
 void registerReportCommands(CLI::App& app, CliContext& context);
+void registerDocumentationCommands(CLI::App& app, CliContext& context);
 
 }  // namespace corvel::cli

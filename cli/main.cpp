@@ -32,5 +32,6 @@ int main(int argc, char** argv) {
         registerMigrationCommands(app, ctx);
         registerBenchmarkCommands(app, ctx);
         registerReportCommands(app, ctx);
+        registerDocumentationCommands(app, ctx);
     });
 }

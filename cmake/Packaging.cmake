@@ -4,21 +4,17 @@
 include(GNUInstallDirs)
 
 install(TARGETS velmora RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# The desktop application, completions and man page are installed once they exist.
+# The desktop application once it exists.
 if(TARGET VelmoraApp)
   install(TARGETS VelmoraApp BUNDLE DESTINATION Applications RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-set(corvel_share ${CMAKE_SOURCE_DIR}/share)
-if(EXISTS ${corvel_share}/man/velmora.1)
-  install(FILES ${corvel_share}/man/velmora.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-endif()
-if(EXISTS ${corvel_share}/completions/velmora.bash)
-  install(FILES ${corvel_share}/completions/velmora.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
-          RENAME velmora)
-endif()
-if(EXISTS ${corvel_share}/completions/_velmora)
-  install(FILES ${corvel_share}/completions/_velmora DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
-endif()
+# The manual page and the completions velmora wrote of itself (target velmora-docs), where man,
+# bash-completion, zsh and fish look for them.
+install(FILES ${CMAKE_BINARY_DIR}/man/velmora.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${CMAKE_BINARY_DIR}/completions/velmora.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        RENAME velmora)
+install(FILES ${CMAKE_BINARY_DIR}/completions/_velmora DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+install(FILES ${CMAKE_BINARY_DIR}/completions/velmora.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 set(CPACK_PACKAGE_NAME velmora)
 set(CPACK_PACKAGE_VENDOR "Velmora")

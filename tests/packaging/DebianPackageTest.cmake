@@ -34,4 +34,11 @@ execute_process(COMMAND ${work}/root/usr/bin/velmora --version RESULT_VARIABLE s
 if(NOT status EQUAL 0 OR NOT version STREQUAL EXPECTED)
   fail("the unpacked velmora said '${version}' (status ${status})")
 endif()
+# The manual page and the completions travel with the binary, where man and the shells look.
+foreach(installed share/man/man1/velmora.1 share/bash-completion/completions/velmora share/zsh/site-functions/_velmora
+                  share/fish/vendor_completions.d/velmora.fish)
+  if(NOT EXISTS ${work}/root/usr/${installed})
+    fail("the package lacks /usr/${installed}")
+  endif()
+endforeach()
 file(REMOVE_RECURSE ${work})
