@@ -73,8 +73,9 @@ void HistoryChart::paintEvent(QPaintEvent*) {
     const auto metrics = fontMetrics();
     const QString topLabel =
         history_.samples.empty() ? QString() : QString::fromStdString(ByteFormat::string(history_.latest().totalBytes));
+    // One width for every chart, so that charts stacked on a page line up.
     const int left =
-        std::max(metrics.horizontalAdvance(topLabel), metrics.horizontalAdvance(QStringLiteral("0 B"))) + 8;
+        std::max(metrics.horizontalAdvance(topLabel), metrics.horizontalAdvance(QStringLiteral("000.00 GB"))) + 8;
     const QRectF area(left, metrics.height() / 2.0, width() - left - 8, height() - metrics.height() * 2.0);
     const QColor text = palette().color(QPalette::WindowText);
     painter.setPen(Palette::track());
