@@ -53,6 +53,17 @@ QLabel* plain(const QString& content) {
     return label;
 }
 
+// A disk's or volume's name that opens its details: "disk:ID" or "volume:ID".
+QLabel* detailLink(const QString& name, const QString& target, const std::function<void(QLabel*)>& wire) {
+    auto* label =
+        new QLabel(QStringLiteral("<a href=\"%1\"><b>%2</b></a>").arg(target.toHtmlEscaped(), name.toHtmlEscaped()));
+    label->setTextFormat(Qt::RichText);
+    label->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    label->setToolTip(QStringLiteral("Show the details of ") + name);
+    wire(label);
+    return label;
+}
+
 QString overallText(const DashboardModel& model) {
     const auto overall = model.overall();
     QString judgement = labelOf(overall.severity);
@@ -62,7 +73,7 @@ QString overallText(const DashboardModel& model) {
         .arg(model.values().diagnosis.report.healthScore());
 }
 
-void addDisks(QVBoxLayout* page, const DashboardModel& model) {
+void addDisks(QVBoxLayout* page, const DashboardModel& model, const std::function<void(QLabel*)>& wire) {
     page->addWidget(ScreenParts::heading(QStringLiteral("Disks")));
     const auto& disks = model.snapshot().disks;
     if (disks.empty()) {
@@ -74,7 +85,9 @@ void addDisks(QVBoxLayout* page, const DashboardModel& model) {
     for (const auto& disk : disks) {
         rows->addWidget(
             new TrafficLight(toneOf(disk.smartStatus), QStringLiteral("SMART: ") + labelOf(disk.smartStatus)), row, 0);
-        rows->addWidget(bold(text(disk.displayName())), row, 1);
+        rows->addWidget(
+            detailLink(text(disk.displayName()), QStringLiteral("disk:") + QString::fromStdString(disk.id), wire), row,
+            1);
         rows->addWidget(plain(text(disk.id)), row, 2);
         rows->addWidget(plain(bytes(disk.sizeBytes)), row, 3, Qt::AlignRight);
         rows->addWidget(plain(text(disk.connectionLabel())), row, 4);
@@ -84,7 +97,7 @@ void addDisks(QVBoxLayout* page, const DashboardModel& model) {
     rows->setColumnStretch(6, 1);
 }
 
-void addVolumes(QVBoxLayout* page, const DashboardModel& model) {
+void addVolumes(QVBoxLayout* page, const DashboardModel& model, const std::function<void(QLabel*)>& wire) {
     page->addWidget(ScreenParts::heading(QStringLiteral("Volumes")));
     const auto& volumes = model.snapshot().volumes;
     if (volumes.empty()) {
@@ -94,8 +107,7 @@ void addVolumes(QVBoxLayout* page, const DashboardModel& model) {
     auto* rows = grid(page);
     int row = 0;
     for (const auto& volume : volumes) {
-        auto* name = bold(text(volume.name));
-        name->setToolTip(text(volume.mountPoint));
+        auto* name = detailLink(text(volume.name), QStringLiteral("volume:") + QString::fromStdString(volume.id), wire);
         rows->addWidget(name, row, 0);
         rows->addWidget(plain(text(volume.mountPoint)), row, 1);
         if (volume.totalBytes > 0) {
@@ -159,8 +171,11 @@ void DashboardView::rebuild() {
     overall->setStyleSheet(
         QStringLiteral("color: %1; font-weight: bold").arg(Palette::tone(toneOf(model_.overall().severity)).name()));
     page->addWidget(overall);
-    addDisks(page, model_);
-    addVolumes(page, model_);
+    const auto wire = [this](QLabel* label) {
+        connect(label, &QLabel::linkActivated, this, &DashboardView::detailsRequested);
+    };
+    addDisks(page, model_, wire);
+    addVolumes(page, model_, wire);
     addHealth(page, model_);
 
     page->addWidget(ScreenParts::heading(QStringLiteral("Insights")));

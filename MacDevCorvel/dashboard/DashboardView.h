@@ -1,6 +1,7 @@
 // The dashboard: the overall judgement, the disks with their SMART lights, the volumes with usage
 // bars and forecasts, the five health dimensions as traffic lights, and the top insights with an
-// action that opens the screen dealing with them. Rebuilt from the model whenever it changes.
+// action that opens the screen dealing with them; a disk's or volume's name opens its details. Rebuilt from the model
+// whenever it changes.
 #pragma once
 
 #include "insights/Insight.h"
@@ -21,6 +22,8 @@ public:
 
 Q_SIGNALS:
     void insightActionRequested(corvel::Insight::Destination destination);
+    // "disk:ID" or "volume:ID".
+    void detailsRequested(const QString& target);
 
 private:
     void rebuild();

@@ -5,8 +5,10 @@
 #include "dashboard/DashboardView.h"
 #include "diagnostics/DiagnosticsModel.h"
 #include "diagnostics/DiagnosticsView.h"
+#include "shell/CommandPalette.h"
 #include "shell/CoreSession.h"
 #include "shell/Refresher.h"
+#include "shell/StorageScreens.h"
 #include "space/SpaceModel.h"
 #include "space/SpaceView.h"
 #include "widgets/ScreenParts.h"
@@ -69,7 +71,20 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
         *dashboard_, [this](Insight::Destination destination) { return screenFor(destination) >= 0; });
     addScreen(QStringLiteral("Dashboard"), dashboardView);
     addScreen(QStringLiteral("Diagnostics"), new DiagnosticsView(*diagnostics_));
-    addScreen(QStringLiteral("Space"), new SpaceView(*space_));
+    auto* spaceView = new SpaceView(*space_);
+    addScreen(QStringLiteral("Space"), spaceView);
+    storage_ = new StorageScreens(session, *dashboard_,
+                                  {[this](const QString& name, QWidget* view) { addScreen(name, view); },
+                                   [this](QWidget* view) { showScreen(stack_->indexOf(view)); }},
+                                  this);
+    spaceView->onSimulate([this](std::vector<std::string> paths) { storage_->simulateCleanup(std::move(paths)); });
+    connect(dashboardView, &DashboardView::detailsRequested, this, [this](const QString& target) {
+        const auto id = target.section(QLatin1Char(':'), 1).toStdString();
+        target.startsWith(QLatin1String("disk:")) ? storage_->showDisk(id) : storage_->showVolume(id);
+    });
+    palette_ = new CommandPalette(this);
+    auto* paletteKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_K), this);
+    connect(paletteKey, &QShortcut::activated, this, &MainWindow::openPalette);
 
     connect(sidebar_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(dashboardView, &DashboardView::insightActionRequested, this,
@@ -80,6 +95,7 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
         source_->setText(QStringLiteral("Reading the machine…"));
     });
     connect(refresher_, &Refresher::finished, this, &MainWindow::refreshed);
+    connect(refresher_, &Refresher::finished, storage_, &StorageScreens::refreshed);
     auto* refreshKey = new QShortcut(QKeySequence::Refresh, this);
     connect(refreshKey, &QShortcut::activated, refresher_, &Refresher::refresh);
     auto* ctrlR = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_R), this);
@@ -123,9 +139,23 @@ int MainWindow::screenFor(Insight::Destination destination) const {
             return static_cast<int>(screenNames().indexOf(QStringLiteral("Space")));
         case Insight::Destination::health:
             return static_cast<int>(screenNames().indexOf(QStringLiteral("Diagnostics")));
+        case Insight::Destination::cleanup:
+            return static_cast<int>(screenNames().indexOf(QStringLiteral("Cleanup")));
+        case Insight::Destination::topology:
+            return static_cast<int>(screenNames().indexOf(QStringLiteral("Topology")));
         default:
             return -1;
     }
+}
+
+void MainWindow::openPalette() {
+    std::vector<PaletteEntry> entries;
+    const auto names = screenNames();
+    for (int i = 0; i < names.size(); ++i)
+        entries.push_back({QStringLiteral("Screen"), names[i], [this, i] { showScreen(i); }});
+    entries.push_back({QStringLiteral("Action"), QStringLiteral("Refresh"), [this] { refresher_->refresh(); }});
+    for (auto& entry : storage_->paletteEntries()) entries.push_back(std::move(entry));
+    palette_->present(std::move(entries));
 }
 
 void MainWindow::refreshed() {

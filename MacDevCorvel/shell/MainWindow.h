@@ -26,6 +26,8 @@ class DashboardModel;
 class DiagnosticsModel;
 class Refresher;
 class SpaceModel;
+class StorageScreens;
+class CommandPalette;
 
 class MainWindow : public QMainWindow {
 public:
@@ -35,6 +37,10 @@ public:
     DiagnosticsModel& diagnostics() { return *diagnostics_; }
     SpaceModel& space() { return *space_; }
     Refresher& refresher() { return *refresher_; }
+    // The screens after Space, and the command palette (Ctrl+K).
+    StorageScreens& storage() { return *storage_; }
+    CommandPalette& commandPalette() { return *palette_; }
+    void openPalette();
 
     // The screens in sidebar order, by the names the sidebar shows.
     QStringList screenNames() const;
@@ -54,6 +60,8 @@ private:
     DiagnosticsModel* diagnostics_;
     SpaceModel* space_;
     Refresher* refresher_;
+    StorageScreens* storage_ = nullptr;
+    CommandPalette* palette_ = nullptr;
     QListWidget* sidebar_;
     QStackedWidget* stack_;
     QPushButton* refresh_;

@@ -3,6 +3,7 @@
 #include "dashboard/DashboardModel.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
+#include "shell/StorageScreens.h"
 #include "space/SpaceModel.h"
 
 #include <QApplication>
@@ -22,7 +23,8 @@ QStringList writeAll(MainWindow& window, const QString& folder) {
     for (int i = 0; i < names.size(); ++i) {
         window.showScreen(i);
         QApplication::processEvents();
-        const QString path = QDir(folder).filePath(QStringLiteral("%1-%2.png").arg(i + 1).arg(names[i].toLower()));
+        const QString path = QDir(folder).filePath(
+            QStringLiteral("%1-%2.png").arg(i + 1).arg(names[i].toLower().replace(QLatin1Char(' '), QLatin1Char('-'))));
         if (window.grab().save(path)) written << path;
     }
     window.showScreen(shown);
@@ -36,7 +38,7 @@ void whenReady(MainWindow& window, const QString& folder, std::function<void(QSt
     QObject::connect(timer, &QTimer::timeout, &window, [&window, folder, done, timer] {
         const bool refreshed = window.dashboard().isLoaded() && !window.refresher().isRunning();
         const bool scanned = window.space().state() != SpaceModel::State::scanning;
-        if (!refreshed || !scanned) return;
+        if (!refreshed || !scanned || !window.storage().isReady()) return;
         timer->stop();
         timer->deleteLater();
         done(writeAll(window, folder));

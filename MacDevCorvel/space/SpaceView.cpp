@@ -48,6 +48,7 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
       tree_(new QTreeWidget),
       place_(new QLabel),
       up_(new QPushButton(QStringLiteral("Up"))),
+      simulate_(new QPushButton(QStringLiteral("Simulate cleanup"))),
       treemap_(new TreemapWidget) {
     auto* page = new QVBoxLayout(this);
     page->setContentsMargins(20, 16, 20, 16);
@@ -75,6 +76,7 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
 
     tree_->setHeaderLabels({QStringLiteral("Name"), QStringLiteral("Size"), QStringLiteral("Category")});
     tree_->setUniformRowHeights(true);
+    tree_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree_->header()->setStretchLastSection(false);
     tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     tree_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
@@ -88,6 +90,11 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
     place_->setMinimumWidth(50);
     placeBar->addWidget(place_, 1);
     placeBar->addWidget(up_);
+    simulate_->setToolTip(
+        QStringLiteral("Work out what removing the items selected in the tree would free; nothing "
+                       "is deleted"));
+    simulate_->setEnabled(false);
+    placeBar->addWidget(simulate_);
     rightLayout->addLayout(placeBar);
     rightLayout->addWidget(treemap_, 1);
 
@@ -116,6 +123,11 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
         treemap_->setNode(nodeOf(item));
         place_->setText(item ? text(nodeOf(item)->path) : QString());
         up_->setEnabled(item && item->parent());
+    });
+    connect(tree_, &QTreeWidget::itemSelectionChanged, this,
+            [this] { simulate_->setEnabled(!selectedPaths().empty()); });
+    connect(simulate_, &QPushButton::clicked, this, [this] {
+        if (auto paths = selectedPaths(); !paths.empty() && simulateHandler_) simulateHandler_(std::move(paths));
     });
     connect(treemap_, &TreemapWidget::folderActivated, this, &SpaceView::showFolder);
     connect(&model_, &SpaceModel::stateChanged, this, &SpaceView::stateChanged);
@@ -201,6 +213,15 @@ void SpaceView::fillTree() {
     top->setText(0, text(root.path));
     top->setExpanded(true);
     tree_->setCurrentItem(top);
+}
+
+std::vector<std::string> SpaceView::selectedPaths() const {
+    std::vector<std::string> paths;
+    // The tree's "smaller items" tiles stand for several paths; they cannot be simulated as one.
+    for (const auto* item : tree_->selectedItems())
+        if (const auto* node = nodeOf(item); node && !node->isAggregate() && !node->path.empty())
+            paths.push_back(node->path);
+    return paths;
 }
 
 void SpaceView::showFolder(const SpaceNode* node) {

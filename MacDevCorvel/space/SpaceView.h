@@ -1,10 +1,14 @@
 // The space screen: choose a folder, scan it with live progress and Cancel, then read the folder
 // tree beside a squarified treemap of the selected folder. Selecting a folder in the tree shows it
-// in the treemap; double clicking a tile selects that folder; Up goes back out.
+// in the treemap; double clicking a tile selects that folder; Up goes back out. Items selected in
+// the tree (Ctrl or Shift for several) go to the cleanup simulation with "Simulate cleanup".
 #pragma once
 
 #include <QHash>
 #include <QWidget>
+#include <functional>
+#include <string>
+#include <vector>
 
 class QLabel;
 class QLineEdit;
@@ -30,6 +34,10 @@ public:
     QPushButton* cancelButton() const { return cancel_; }
     QTreeWidget* tree() const { return tree_; }
     TreemapWidget* treemap() const { return treemap_; }
+    QPushButton* simulateButton() const { return simulate_; }
+    // Called with the selected items' paths when "Simulate cleanup" is pressed.
+    void onSimulate(std::function<void(std::vector<std::string>)> simulate) { simulateHandler_ = std::move(simulate); }
+    std::vector<std::string> selectedPaths() const;
 
 private:
     void chooseFolder();
@@ -48,7 +56,9 @@ private:
     QTreeWidget* tree_;
     QLabel* place_;
     QPushButton* up_;
+    QPushButton* simulate_;
     TreemapWidget* treemap_;
+    std::function<void(std::vector<std::string>)> simulateHandler_;
     QHash<const SpaceNode*, QTreeWidgetItem*> items_;
 };
 

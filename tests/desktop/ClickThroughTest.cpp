@@ -1,17 +1,23 @@
 #include "DesktopTests.h"
+#include "cleanup/CleanupModel.h"
 #include "dashboard/DashboardModel.h"
+#include "details/DetailsModel.h"
 #include "diagnostics/DiagnosticsModel.h"
 #include "diagnostics/DiagnosticsView.h"
+#include "shell/CommandPalette.h"
 #include "shell/CoreSession.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
 #include "shell/Screenshots.h"
+#include "shell/StorageScreens.h"
 #include "space/SpaceModel.h"
 #include "space/SpaceView.h"
 #include "widgets/TreemapWidget.h"
 
 #include <QComboBox>
 #include <QFile>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -42,7 +48,9 @@ private Q_SLOTS:
         QVERIFY(refreshed.wait(20000));
 
         auto* sidebar = window.sidebar();
-        QCOMPARE(window.screenNames(), (QStringList{"Dashboard", "Diagnostics", "Space"}));
+        const QStringList names{"Dashboard", "Diagnostics", "Space",  "Developer storage", "Cleanup", "Monitoring",
+                                "Topology",  "This Mac",    "Details"};
+        QCOMPARE(window.screenNames(), names);
         for (int i = sidebar->count() - 1; i >= 0; --i) {
             const QRect row = sidebar->visualItemRect(sidebar->item(i));
             QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {}, row.center());
@@ -79,9 +87,56 @@ private Q_SLOTS:
         QCOMPARE(spaceView->treemap()->node(), &window.space().root());
         QCOMPARE(spaceView->treemap()->tiles().size(), window.space().root().children.size());
 
+        // Two items of the scan go to the cleanup simulation.
+        spaceView->tree()->clearSelection();
+        QVERIFY(!spaceView->simulateButton()->isEnabled());
+        auto* top = spaceView->tree()->topLevelItem(0);
+        QCOMPARE(top->childCount(), 2);
+        top->child(0)->setSelected(true);
+        top->child(1)->setSelected(true);
+        QVERIFY(spaceView->simulateButton()->isEnabled());
+        QSignalSpy simulated(&window.storage().cleanup(), &CleanupModel::stateChanged);
+        QTest::mouseClick(spaceView->simulateButton(), Qt::LeftButton);
+        QCOMPARE(window.screenNames().at(window.currentScreen()), QStringLiteral("Cleanup"));
+        while (window.storage().cleanup().state() == CleanupModel::State::simulating) QVERIFY(simulated.wait(20000));
+        QCOMPARE(window.storage().cleanup().state(), CleanupModel::State::finished);
+        QCOMPARE(window.storage().cleanup().selection().size(), std::size_t(2));
+
+        // Every screen from the palette, by typing its name and pressing Enter.
+        for (int i = 0; i < names.size(); ++i) {
+            window.showScreen(i == 0 ? 1 : 0);
+            QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
+            auto& palette = window.commandPalette();
+            QVERIFY(palette.isVisible());
+            QTest::keyClicks(palette.field(), names[i]);
+            QTest::keyClick(palette.field(), Qt::Key_Return);
+            QVERIFY(!palette.isVisible());
+            QCOMPARE(window.currentScreen(), i);
+        }
+        // A disk by its device id opens its details.
+        const auto& disk = window.dashboard().snapshot().disks.back();
+        window.openPalette();
+        QTest::keyClicks(window.commandPalette().field(), QString::fromStdString(disk.id));
+        QTest::keyClick(window.commandPalette().field(), Qt::Key_Return);
+        QCOMPARE(window.screenNames().at(window.currentScreen()), QStringLiteral("Details"));
+        QVERIFY(window.storage().details().disk() == disk);
+
+        // A volume's name on the dashboard opens its details too.
+        window.showScreen(0);
+        const auto labels = window.screen(0)->findChildren<QLabel*>();
+        const auto volumeLink = std::find_if(labels.begin(), labels.end(), [](QLabel* label) {
+            return label->text().contains(QStringLiteral("href=\"volume:"));
+        });
+        QVERIFY(volumeLink != labels.end());
+        const QString href = (*volumeLink)->text().section(QLatin1Char('"'), 1, 1);
+        Q_EMIT(*volumeLink)->linkActivated(href);
+        QCOMPARE(window.screenNames().at(window.currentScreen()), QStringLiteral("Details"));
+        QCOMPARE(QString::fromStdString(window.storage().details().volume()->id), href.section(QLatin1Char(':'), 1));
+
+        QTRY_VERIFY_WITH_TIMEOUT(window.storage().isReady(), 20000);
         QTemporaryDir pictures;
         const auto written = Screenshots::writeAll(window, pictures.path());
-        QCOMPARE(written.size(), 3);
+        QCOMPARE(written.size(), names.size());
         QVERIFY2(warnings.warnings().isEmpty(), qPrintable(warnings.warnings().join("\n")));
     }
 };

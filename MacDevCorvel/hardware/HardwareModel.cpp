@@ -1,0 +1,22 @@
+#include "hardware/HardwareModel.h"
+
+#include "machine/MachineHardware.h"
+#include "shell/CoreSession.h"
+
+namespace corvel::desktop {
+
+HardwareModel::HardwareModel(CoreSession& session, QObject* parent) : QObject(parent), session_(session) {}
+
+void HardwareModel::load(const StorageSnapshot& snapshot) {
+    loading_ = true;
+    session_.run(
+        this, [&machine = session_.machine(), snapshot] { return MachineHardware::read(machine, snapshot); },
+        [this](HardwareSummary summary) {
+            summary_ = std::move(summary);
+            loaded_ = true;
+            loading_ = false;
+            Q_EMIT changed();
+        });
+}
+
+}  // namespace corvel::desktop
