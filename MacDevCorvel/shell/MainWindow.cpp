@@ -7,6 +7,7 @@
 #include "diagnostics/DiagnosticsView.h"
 #include "shell/CoreSession.h"
 #include "shell/Refresher.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 #include "space/SpaceView.h"
 #include "widgets/ScreenParts.h"
@@ -29,6 +30,7 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
       diagnostics_(new DiagnosticsModel(this)),
       space_(new SpaceModel(session, this)),
       refresher_(new Refresher(session, *dashboard_, *diagnostics_, this)),
+      tools_(new ToolScreens(session, *dashboard_, this)),
       sidebar_(new QListWidget),
       stack_(new QStackedWidget),
       refresh_(new QPushButton(QStringLiteral("Refresh"))),
@@ -70,6 +72,7 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
     addScreen(QStringLiteral("Dashboard"), dashboardView);
     addScreen(QStringLiteral("Diagnostics"), new DiagnosticsView(*diagnostics_));
     addScreen(QStringLiteral("Space"), new SpaceView(*space_));
+    tools_->addScreens([this](const QString& name, QWidget* view) { addScreen(name, view); });
 
     connect(sidebar_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(dashboardView, &DashboardView::insightActionRequested, this,

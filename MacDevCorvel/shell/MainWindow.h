@@ -26,6 +26,7 @@ class DashboardModel;
 class DiagnosticsModel;
 class Refresher;
 class SpaceModel;
+class ToolScreens;
 
 class MainWindow : public QMainWindow {
 public:
@@ -35,6 +36,7 @@ public:
     DiagnosticsModel& diagnostics() { return *diagnostics_; }
     SpaceModel& space() { return *space_; }
     Refresher& refresher() { return *refresher_; }
+    ToolScreens& tools() { return *tools_; }
 
     // The screens in sidebar order, by the names the sidebar shows.
     QStringList screenNames() const;
@@ -54,6 +56,7 @@ private:
     DiagnosticsModel* diagnostics_;
     SpaceModel* space_;
     Refresher* refresher_;
+    ToolScreens* tools_;
     QListWidget* sidebar_;
     QStackedWidget* stack_;
     QPushButton* refresh_;

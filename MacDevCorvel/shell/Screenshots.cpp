@@ -3,6 +3,7 @@
 #include "dashboard/DashboardModel.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 
 #include <QApplication>
@@ -22,7 +23,8 @@ QStringList writeAll(MainWindow& window, const QString& folder) {
     for (int i = 0; i < names.size(); ++i) {
         window.showScreen(i);
         QApplication::processEvents();
-        const QString path = QDir(folder).filePath(QStringLiteral("%1-%2.png").arg(i + 1).arg(names[i].toLower()));
+        const QString path =
+            QDir(folder).filePath(QStringLiteral("%1-%2.png").arg(i + 1).arg(names[i].toLower().replace(u' ', u'-')));
         if (window.grab().save(path)) written << path;
     }
     window.showScreen(shown);
@@ -34,7 +36,8 @@ void whenReady(MainWindow& window, const QString& folder, std::function<void(QSt
     auto* timer = new QTimer(&window);
     timer->setInterval(50);
     QObject::connect(timer, &QTimer::timeout, &window, [&window, folder, done, timer] {
-        const bool refreshed = window.dashboard().isLoaded() && !window.refresher().isRunning();
+        const bool refreshed =
+            window.dashboard().isLoaded() && !window.refresher().isRunning() && !window.tools().isBusy();
         const bool scanned = window.space().state() != SpaceModel::State::scanning;
         if (!refreshed || !scanned) return;
         timer->stop();

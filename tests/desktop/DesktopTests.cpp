@@ -21,6 +21,8 @@ std::vector<std::unique_ptr<QObject>> allTests() {
     tests.push_back(makeTreemapLayoutTest());
     tests.push_back(makeAppOptionsTest());
     tests.push_back(makeScreenModelsTest());
+    tests.push_back(makeToolModelsTest());
+    tests.push_back(makeConsentTrayTest());
     tests.push_back(makeClickThroughTest());
     return tests;
 }
