@@ -49,7 +49,9 @@ DiskOpsView::DiskOpsView(DiskOpsModel& model, QWidget* parent)
     auto* layout = ToolParts::page(this, QStringLiteral("Disk Operations"));
     auto* columns = new QHBoxLayout;
     objects_->setAccessibleName(QStringLiteral("Disks and volumes"));
-    objects_->setFixedWidth(260);
+    objects_->setFixedWidth(300);
+    objects_->setTextElideMode(Qt::ElideMiddle);
+    objects_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     columns->addWidget(objects_);
     detail_->setWidgetResizable(true);
     detail_->setFrameShape(QFrame::NoFrame);
