@@ -5,14 +5,19 @@
 #include "consent/ConsentGate.h"
 #include "consent/ConsentLedger.h"
 #include "machine/Machine.h"
+#include "settings/ConsentModel.h"
+#include "settings/ConsentSheet.h"
 #include "shell/AppOptions.h"
 #include "shell/CoreSession.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
 #include "shell/Screenshots.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
+#include "tray/TrayItem.h"
 
 #include <QApplication>
+#include <QSystemTrayIcon>
 #include <iostream>
 
 using namespace corvel;
@@ -83,6 +88,25 @@ int main(int argc, char** argv) {
     }
     window.show();
     window.refresher().refresh();
+
+    TrayItem tray(window.tools().tray());
+    QObject::connect(&tray, &TrayItem::openRequested, &window, [&window] {
+        window.showNormal();
+        window.raise();
+        window.activateWindow();
+    });
+    QObject::connect(&tray, &TrayItem::refreshRequested, &window.refresher(), &Refresher::refresh);
+    QObject::connect(&tray, &TrayItem::quitRequested, &app, &QApplication::quit);
+    if (QSystemTrayIcon::isSystemTrayAvailable()) tray.show();
+
+    // First start (or changed terms, or a withdrawal): the person decides before anything acts.
+    // Pictures of the screens are taken without one.
+    if (window.tools().consent().needsDecision() && !options.screenshots) {
+        auto* sheet = new ConsentSheet(window.tools().consent(), &window);
+        sheet->setAttribute(Qt::WA_DeleteOnClose);
+        QObject::connect(sheet, &ConsentSheet::declined, &app, &QApplication::quit, Qt::QueuedConnection);
+        sheet->open();
+    }
     int status = 0;
     if (options.screenshots) {
         Screenshots::whenReady(window, QString::fromStdString(*options.screenshots),

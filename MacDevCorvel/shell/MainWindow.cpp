@@ -9,6 +9,7 @@
 #include "shell/CoreSession.h"
 #include "shell/Refresher.h"
 #include "shell/StorageScreens.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 #include "space/SpaceView.h"
 #include "widgets/ScreenParts.h"
@@ -31,6 +32,7 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
       diagnostics_(new DiagnosticsModel(this)),
       space_(new SpaceModel(session, this)),
       refresher_(new Refresher(session, *dashboard_, *diagnostics_, this)),
+      tools_(new ToolScreens(session, *dashboard_, this)),
       sidebar_(new QListWidget),
       stack_(new QStackedWidget),
       refresh_(new QPushButton(QStringLiteral("Refresh"))),
@@ -85,6 +87,7 @@ MainWindow::MainWindow(CoreSession& session, QWidget* parent)
     palette_ = new CommandPalette(this);
     auto* paletteKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_K), this);
     connect(paletteKey, &QShortcut::activated, this, &MainWindow::openPalette);
+    tools_->addScreens([this](const QString& name, QWidget* view) { addScreen(name, view); });
 
     connect(sidebar_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(dashboardView, &DashboardView::insightActionRequested, this,

@@ -28,6 +28,7 @@ class Refresher;
 class SpaceModel;
 class StorageScreens;
 class CommandPalette;
+class ToolScreens;
 
 class MainWindow : public QMainWindow {
 public:
@@ -41,6 +42,7 @@ public:
     StorageScreens& storage() { return *storage_; }
     CommandPalette& commandPalette() { return *palette_; }
     void openPalette();
+    ToolScreens& tools() { return *tools_; }
 
     // The screens in sidebar order, by the names the sidebar shows.
     QStringList screenNames() const;
@@ -62,6 +64,7 @@ private:
     Refresher* refresher_;
     StorageScreens* storage_ = nullptr;
     CommandPalette* palette_ = nullptr;
+    ToolScreens* tools_;
     QListWidget* sidebar_;
     QStackedWidget* stack_;
     QPushButton* refresh_;

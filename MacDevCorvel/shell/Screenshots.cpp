@@ -4,6 +4,7 @@
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
 #include "shell/StorageScreens.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 
 #include <QApplication>
@@ -36,7 +37,8 @@ void whenReady(MainWindow& window, const QString& folder, std::function<void(QSt
     auto* timer = new QTimer(&window);
     timer->setInterval(50);
     QObject::connect(timer, &QTimer::timeout, &window, [&window, folder, done, timer] {
-        const bool refreshed = window.dashboard().isLoaded() && !window.refresher().isRunning();
+        const bool refreshed =
+            window.dashboard().isLoaded() && !window.refresher().isRunning() && !window.tools().isBusy();
         const bool scanned = window.space().state() != SpaceModel::State::scanning;
         if (!refreshed || !scanned || !window.storage().isReady()) return;
         timer->stop();

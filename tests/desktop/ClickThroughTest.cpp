@@ -5,11 +5,14 @@
 #include "diagnostics/DiagnosticsModel.h"
 #include "diagnostics/DiagnosticsView.h"
 #include "shell/CommandPalette.h"
+#include "diskops/DiskOpsModel.h"
+#include "diskops/DiskOpsView.h"
 #include "shell/CoreSession.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
 #include "shell/Screenshots.h"
 #include "shell/StorageScreens.h"
+#include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 #include "space/SpaceView.h"
 #include "widgets/TreemapWidget.h"
@@ -48,9 +51,14 @@ private Q_SLOTS:
         QVERIFY(refreshed.wait(20000));
 
         auto* sidebar = window.sidebar();
-        const QStringList names{"Dashboard", "Diagnostics", "Space",  "Developer storage", "Cleanup", "Monitoring",
-                                "Topology",  "This Mac",    "Details"};
+        const QStringList tools{"Disk Operations", "Docker",   "Processes", "Migration",
+                                "Performance",     "Settings", "About"};
+        const QStringList names = QStringList{"Dashboard", "Diagnostics", "Space",    "Developer storage", "Cleanup",
+                                              "Monitoring", "Topology",   "This Mac", "Details"} +
+                                  tools;
         QCOMPARE(window.screenNames(), names);
+        QSignalSpy toolsChanged(&window.tools().diskOps(), &DiskOpsModel::changed);
+        while (window.tools().isBusy()) QVERIFY(toolsChanged.wait(20000));
         for (int i = sidebar->count() - 1; i >= 0; --i) {
             const QRect row = sidebar->visualItemRect(sidebar->item(i));
             QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {}, row.center());
@@ -136,7 +144,29 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(window.storage().isReady(), 20000);
         QTemporaryDir pictures;
         const auto written = Screenshots::writeAll(window, pictures.path());
-        QCOMPARE(written.size(), names.size());
+        QCOMPARE(written.size(), window.screenNames().size());
+
+        // Disk operations: choosing an object and checking an operation shows the preflight; no
+        // run is ever asked for here.
+        const int disks = static_cast<int>(window.screenNames().indexOf("Disk Operations"));
+        window.showScreen(disks);
+        auto* diskOps = dynamic_cast<DiskOpsView*>(window.screen(disks));
+        QVERIFY(diskOps);
+        diskOps->setConfirmation([](QWidget*, const QString&) { return false; });
+        QVERIFY(diskOps->objects()->count() > 0);
+        diskOps->objects()->setCurrentRow(diskOps->objects()->count() - 1);
+        QCOMPARE(window.tools().diskOps().selected(), diskOps->objects()->count() - 1);
+        QCoreApplication::processEvents();
+        const auto checks = window.screen(disks)->findChildren<QPushButton*>();
+        const auto check = std::find_if(checks.begin(), checks.end(), [](auto* b) {
+            return b->isEnabled() && b->text().endsWith(QStringLiteral("Check…"));
+        });
+        if (check != checks.end()) {
+            QTest::mouseClick(*check, Qt::LeftButton);
+            while (window.tools().diskOps().isBusy()) QVERIFY(toolsChanged.wait(20000));
+            QVERIFY(window.tools().diskOps().report());
+        }
+        QVERIFY(window.tools().diskOps().log().empty());
         QVERIFY2(warnings.warnings().isEmpty(), qPrintable(warnings.warnings().join("\n")));
     }
 };

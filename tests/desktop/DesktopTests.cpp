@@ -23,6 +23,8 @@ std::vector<std::unique_ptr<QObject>> allTests() {
     tests.push_back(makeScreenModelsTest());
     tests.push_back(makeStorageScreensTest());
     tests.push_back(makePaletteAndChartTest());
+    tests.push_back(makeToolModelsTest());
+    tests.push_back(makeConsentTrayTest());
     tests.push_back(makeClickThroughTest());
     return tests;
 }

@@ -22,6 +22,8 @@ std::unique_ptr<QObject> makeScreenModelsTest();
 std::unique_ptr<QObject> makeClickThroughTest();
 std::unique_ptr<QObject> makeStorageScreensTest();
 std::unique_ptr<QObject> makePaletteAndChartTest();
+std::unique_ptr<QObject> makeToolModelsTest();
+std::unique_ptr<QObject> makeConsentTrayTest();
 
 inline std::string fixtureMachine(const std::string& name) {
     return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name;
