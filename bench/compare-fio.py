@@ -35,7 +35,7 @@ def fio_args(folder, size, seconds, name, rw, block, depth):
     return ["fio", "--output-format=json", f"--name={name.replace(' ', '_')}",
             f"--filename={os.path.join(folder, '.fio-compare.tmp')}", f"--size={size}", "--direct=1",
             "--ioengine=psync", f"--rw={rw}", f"--bs={block}", f"--numjobs={depth}", "--group_reporting",
-            "--time_based", f"--runtime={seconds}", "--randrepeat=0", "--refill_buffers",
+            "--time_based", f"--runtime={seconds}", "--randrepeat=0", "--scramble_buffers=1",
             "--end_fsync=1" if "write" in rw else "--end_fsync=0"]
 
 
