@@ -10,7 +10,6 @@ CliContext::CliContext(std::ostream& out, std::ostream& err, bool outIsTerminal,
     : out_(out),
       err_(err),
       style_(outIsTerminal && !lookup(environment, "NO_COLOR")),
-      outIsTerminal_(outIsTerminal),
       errIsTerminal_(errIsTerminal),
       environment_(std::move(environment)) {}
 

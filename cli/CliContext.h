@@ -58,7 +58,6 @@ private:
     std::ostream& out_;
     std::ostream& err_;
     Style style_;
-    bool outIsTerminal_;
     bool errIsTerminal_;
     std::istream* in_ = nullptr;
     bool inIsTerminal_ = false;
