@@ -22,7 +22,6 @@ struct DimensionAssessment {
     bool operator==(const DimensionAssessment&) const = default;
 };
 
-void to_json(Json& j, const DimensionAssessment& assessment);
-void from_json(const Json& j, DimensionAssessment& assessment);
+CORVEL_JSON_RECORD(DimensionAssessment, dimension, status, summary, evidence, findings)
 
 }  // namespace corvel

@@ -18,7 +18,6 @@ struct ExpectedVolume {
     bool operator==(const ExpectedVolume&) const = default;
 };
 
-void to_json(Json& j, const ExpectedVolume& volume);
-void from_json(const Json& j, ExpectedVolume& volume);
+CORVEL_JSON_RECORD(ExpectedVolume, volumeID, name, reason)
 
 }  // namespace corvel::HealthAssessment

@@ -15,32 +15,6 @@ Finding Finding::make(std::string ruleID, Severity severity, FindingSubject subj
 
 std::string Finding::id() const { return ruleID + "|" + subject.id(); }
 
-void to_json(Json& j, const Finding& finding) {
-    j = Json{{"ruleID", finding.ruleID},
-             {"severity", finding.severity},
-             {"subject", finding.subject},
-             {"subjectName", finding.subjectName},
-             {"title", finding.title},
-             {"detail", finding.detail}};
-    putOptional(j, "recommendation", finding.recommendation);
-    j["dimension"] = finding.dimension;
-    putOptional(j, "evidence", finding.evidence);
-    putOptional(j, "impact", finding.impact);
-}
-
-void from_json(const Json& j, Finding& finding) {
-    finding.ruleID = required<std::string>(j, "ruleID");
-    finding.severity = required<Severity>(j, "severity");
-    finding.subject = required<FindingSubject>(j, "subject");
-    finding.subjectName = required<std::string>(j, "subjectName");
-    finding.title = required<std::string>(j, "title");
-    finding.detail = required<std::string>(j, "detail");
-    finding.recommendation = optionalValue<std::string>(j, "recommendation");
-    finding.dimension = required<HealthDimension>(j, "dimension");
-    finding.evidence = optionalValue<std::string>(j, "evidence");
-    finding.impact = optionalValue<std::string>(j, "impact");
-}
-
 }  // namespace corvel
 
 namespace {

@@ -43,8 +43,7 @@ struct Finding {
     bool operator==(const Finding&) const = default;
 };
 
-void to_json(Json& j, const Finding& finding);
-void from_json(const Json& j, Finding& finding);
+CORVEL_JSON_RECORD(Finding, ruleID, severity, subject, subjectName, title, detail, recommendation, dimension, evidence, impact)
 
 }  // namespace corvel
 

@@ -12,7 +12,6 @@ struct DockerBindMount {
     bool operator==(const DockerBindMount&) const = default;
 };
 
-void to_json(Json& j, const DockerBindMount& bind);
-void from_json(const Json& j, DockerBindMount& bind);
+CORVEL_JSON_RECORD(DockerBindMount, container, mount)
 
 }  // namespace corvel

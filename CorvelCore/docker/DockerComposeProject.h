@@ -16,7 +16,6 @@ struct DockerComposeProject {
     bool operator==(const DockerComposeProject&) const = default;
 };
 
-void to_json(Json& j, const DockerComposeProject& project);
-void from_json(const Json& j, DockerComposeProject& project);
+CORVEL_JSON_RECORD(DockerComposeProject, name, status, configFiles)
 
 }  // namespace corvel

@@ -26,7 +26,6 @@ struct DockerContainer {
     bool operator==(const DockerContainer&) const = default;
 };
 
-void to_json(Json& j, const DockerContainer& container);
-void from_json(const Json& j, DockerContainer& container);
+CORVEL_JSON_RECORD(DockerContainer, id, name, image, state, status, composeProject, composeService, composeWorkingDirectory, sizeBytes, ports, mounts)
 
 }  // namespace corvel

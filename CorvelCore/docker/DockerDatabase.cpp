@@ -30,18 +30,4 @@ std::optional<std::string> DockerDatabase::engineFor(std::string_view image) {
     return std::nullopt;
 }
 
-void to_json(Json& j, const DockerDatabase& database) {
-    j = Json{{"container", database.container},
-             {"engine", database.engine},
-             {"volumeNames", database.volumeNames},
-             {"volumeBytes", database.volumeBytes}};
-}
-
-void from_json(const Json& j, DockerDatabase& database) {
-    database.container = required<DockerContainer>(j, "container");
-    database.engine = required<std::string>(j, "engine");
-    database.volumeNames = required<std::vector<std::string>>(j, "volumeNames");
-    database.volumeBytes = required<std::int64_t>(j, "volumeBytes");
-}
-
 }  // namespace corvel

@@ -27,7 +27,6 @@ struct DockerDatabase {
     bool operator==(const DockerDatabase&) const = default;
 };
 
-void to_json(Json& j, const DockerDatabase& database);
-void from_json(const Json& j, DockerDatabase& database);
+CORVEL_JSON_RECORD(DockerDatabase, container, engine, volumeNames, volumeBytes)
 
 }  // namespace corvel

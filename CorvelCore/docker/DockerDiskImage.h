@@ -21,7 +21,6 @@ struct DockerDiskImage {
     bool operator==(const DockerDiskImage&) const = default;
 };
 
-void to_json(Json& j, const DockerDiskImage& image);
-void from_json(const Json& j, DockerDiskImage& image);
+CORVEL_JSON_RECORD(DockerDiskImage, path, apparentBytes, allocatedBytes, volumeMountPoint, source)
 
 }  // namespace corvel

@@ -19,7 +19,6 @@ struct DockerDiskUsageLine {
     bool operator==(const DockerDiskUsageLine&) const = default;
 };
 
-void to_json(Json& j, const DockerDiskUsageLine& line);
-void from_json(const Json& j, DockerDiskUsageLine& line);
+CORVEL_JSON_RECORD(DockerDiskUsageLine, type, total, active, sizeBytes, reclaimableBytes)
 
 }  // namespace corvel

@@ -24,7 +24,6 @@ struct DockerImage {
     bool operator==(const DockerImage&) const = default;
 };
 
-void to_json(Json& j, const DockerImage& image);
-void from_json(const Json& j, DockerImage& image);
+CORVEL_JSON_RECORD(DockerImage, id, repository, tag, sizeBytes, sharedBytes, uniqueBytes, containers)
 
 }  // namespace corvel

@@ -143,37 +143,4 @@ std::optional<std::int64_t> DockerInventory::reclaimableBytes() const {
     return total;
 }
 
-void to_json(Json& j, const DockerInventory& inventory) {
-    j = Json::object();
-    putOptional(j, "serverVersion", inventory.serverVersion);
-    putOptional(j, "operatingSystem", inventory.operatingSystem);
-    putOptional(j, "dockerRootDir", inventory.dockerRootDir);
-    j["containers"] = inventory.containers;
-    j["images"] = inventory.images;
-    j["volumes"] = inventory.volumes;
-    j["networks"] = inventory.networks;
-    j["composeProjects"] = inventory.composeProjects;
-    j["diskUsage"] = inventory.diskUsage;
-    j["buildCacheBytes"] = inventory.buildCacheBytes;
-    putOptional(j, "diskImage", inventory.diskImage);
-    j["errors"] = inventory.errors;
-    j["capturedAt"] = inventory.capturedAt;
-}
-
-void from_json(const Json& j, DockerInventory& inventory) {
-    inventory.serverVersion = optionalValue<std::string>(j, "serverVersion");
-    inventory.operatingSystem = optionalValue<std::string>(j, "operatingSystem");
-    inventory.dockerRootDir = optionalValue<std::string>(j, "dockerRootDir");
-    inventory.containers = required<std::vector<DockerContainer>>(j, "containers");
-    inventory.images = required<std::vector<DockerImage>>(j, "images");
-    inventory.volumes = required<std::vector<DockerVolume>>(j, "volumes");
-    inventory.networks = required<std::vector<DockerNetwork>>(j, "networks");
-    inventory.composeProjects = required<std::vector<DockerComposeProject>>(j, "composeProjects");
-    inventory.diskUsage = required<std::vector<DockerDiskUsageLine>>(j, "diskUsage");
-    inventory.buildCacheBytes = required<std::int64_t>(j, "buildCacheBytes");
-    inventory.diskImage = optionalValue<DockerDiskImage>(j, "diskImage");
-    inventory.errors = required<std::vector<std::string>>(j, "errors");
-    inventory.capturedAt = required<TimePoint>(j, "capturedAt");
-}
-
 }  // namespace corvel

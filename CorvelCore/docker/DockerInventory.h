@@ -62,7 +62,6 @@ struct DockerInventory {
     bool operator==(const DockerInventory&) const = default;
 };
 
-void to_json(Json& j, const DockerInventory& inventory);
-void from_json(const Json& j, DockerInventory& inventory);
+CORVEL_JSON_RECORD(DockerInventory, serverVersion, operatingSystem, dockerRootDir, containers, images, volumes, networks, composeProjects, diskUsage, buildCacheBytes, diskImage, errors, capturedAt)
 
 }  // namespace corvel

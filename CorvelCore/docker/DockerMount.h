@@ -19,7 +19,6 @@ struct DockerMount {
     bool operator==(const DockerMount&) const = default;
 };
 
-void to_json(Json& j, const DockerMount& mount);
-void from_json(const Json& j, DockerMount& mount);
+CORVEL_JSON_RECORD(DockerMount, type, source, destination, name, readWrite)
 
 }  // namespace corvel

@@ -18,7 +18,6 @@ struct DockerNetwork {
     bool operator==(const DockerNetwork&) const = default;
 };
 
-void to_json(Json& j, const DockerNetwork& network);
-void from_json(const Json& j, DockerNetwork& network);
+CORVEL_JSON_RECORD(DockerNetwork, id, name, driver, scope, composeProject)
 
 }  // namespace corvel

@@ -29,7 +29,6 @@ struct DockerProjectUsage {
     bool operator==(const DockerProjectUsage&) const = default;
 };
 
-void to_json(Json& j, const DockerProjectUsage& usage);
-void from_json(const Json& j, DockerProjectUsage& usage);
+CORVEL_JSON_RECORD(DockerProjectUsage, name, containers, runningContainers, volumes, containerBytes, volumeBytes, imageBytes, imageIDs, bindSources, workingDirectory)
 
 }  // namespace corvel

@@ -20,7 +20,6 @@ struct DockerVolume {
     bool operator==(const DockerVolume&) const = default;
 };
 
-void to_json(Json& j, const DockerVolume& volume);
-void from_json(const Json& j, DockerVolume& volume);
+CORVEL_JSON_RECORD(DockerVolume, name, driver, composeProject, sizeBytes, links, isAnonymous)
 
 }  // namespace corvel

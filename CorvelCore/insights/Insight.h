@@ -63,7 +63,6 @@ struct EnumTable<Insight::Destination> {
 CORVEL_ENUM_JSON(Insight::Kind)
 CORVEL_ENUM_JSON(Insight::Destination)
 
-void to_json(Json& j, const Insight& insight);
-void from_json(const Json& j, Insight& insight);
+CORVEL_JSON_RECORD(Insight, id, kind, severity, title, detail, bytes, risk, destination, actionTitle)
 
 }  // namespace corvel

@@ -16,19 +16,13 @@
 #include <optional>
 #include <span>
 
+#include "space/AttributeBits.h"
 #include "space/FileSizeFacts.h"
 
 namespace corvel::AttributeListReply {
 
-// Bit values of <sys/attr.h> (a fixed ABI), spelled out so this decoder builds everywhere.
-inline constexpr std::uint32_t commonReturnedAttributes = 0x80000000;  // ATTR_CMN_RETURNED_ATTRS
-inline constexpr std::uint32_t commonDeviceID = 0x00000002;            // ATTR_CMN_DEVID
-inline constexpr std::uint32_t commonModificationTime = 0x00000400;    // ATTR_CMN_MODTIME
-inline constexpr std::uint32_t commonFileID = 0x02000000;              // ATTR_CMN_FILEID
-inline constexpr std::uint32_t fileLinkCount = 0x00000001;             // ATTR_FILE_LINKCOUNT
-inline constexpr std::uint32_t fileTotalSize = 0x00000002;             // ATTR_FILE_TOTALSIZE
-inline constexpr std::uint32_t fileAllocatedSize = 0x00000004;         // ATTR_FILE_ALLOCSIZE
-inline constexpr std::uint32_t extendedPrivateSize = 0x00000008;       // ATTR_CMNEXT_PRIVATESIZE
+// The bit values, spelled out once for both attribute decoders.
+using namespace AttributeBits;
 
 // What the platform layer asks for, group by group.
 inline constexpr std::uint32_t requestedCommon =

@@ -16,6 +16,7 @@
 //   for (auto& entry : entries) if (entry.status) { /* no fstatat needed */ }
 #pragma once
 
+#include "space/AttributeBits.h"
 #include "space/ScanDirectoryAccess.h"
 
 #include <cstddef>
@@ -25,26 +26,12 @@
 
 namespace corvel::BulkAttributeRecords {
 
-// Bit values of <sys/attr.h> (a fixed ABI), spelled out so this decoder builds everywhere.
-inline constexpr std::uint32_t commonName = 0x00000001;                // ATTR_CMN_NAME
-inline constexpr std::uint32_t commonDeviceID = 0x00000002;            // ATTR_CMN_DEVID
-inline constexpr std::uint32_t commonObjectType = 0x00000008;          // ATTR_CMN_OBJTYPE
-inline constexpr std::uint32_t commonModificationTime = 0x00000400;    // ATTR_CMN_MODTIME
-inline constexpr std::uint32_t commonFileID = 0x02000000;              // ATTR_CMN_FILEID
-inline constexpr std::uint32_t commonError = 0x20000000;               // ATTR_CMN_ERROR
-inline constexpr std::uint32_t commonReturnedAttributes = 0x80000000;  // ATTR_CMN_RETURNED_ATTRS
-inline constexpr std::uint32_t fileLinkCount = 0x00000001;             // ATTR_FILE_LINKCOUNT
-inline constexpr std::uint32_t fileTotalSize = 0x00000002;             // ATTR_FILE_TOTALSIZE
-inline constexpr std::uint32_t fileAllocatedSize = 0x00000004;         // ATTR_FILE_ALLOCSIZE
+// The bit values, spelled out once for both attribute decoders.
+using namespace AttributeBits;
 
 inline constexpr std::uint32_t requestedCommon = commonReturnedAttributes | commonError | commonName | commonDeviceID |
                                                  commonObjectType | commonModificationTime | commonFileID;
 inline constexpr std::uint32_t requestedFile = fileLinkCount | fileTotalSize | fileAllocatedSize;
-
-// Object types of <sys/vnode.h> (enum vtype).
-inline constexpr std::uint32_t typeRegular = 1;    // VREG
-inline constexpr std::uint32_t typeDirectory = 2;  // VDIR
-inline constexpr std::uint32_t typeSymlink = 5;    // VLNK
 
 // Appends the `count` records of `buffer` to `entries` (names point into `buffer`). An entry gets
 // a status only when the kernel returned every attribute that makes one and no error; the caller

@@ -26,7 +26,6 @@ struct DuplicateGroup {
     bool operator==(const DuplicateGroup&) const = default;
 };
 
-void to_json(Json& j, const DuplicateGroup& group);
-void from_json(const Json& j, DuplicateGroup& group);
+CORVEL_JSON_RECORD(DuplicateGroup, logicalBytes, allocatedBytes, contentHash, paths)
 
 }  // namespace corvel

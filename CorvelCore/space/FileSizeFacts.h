@@ -25,8 +25,7 @@ struct FileSizeFacts {
     bool operator==(const FileSizeFacts&) const = default;
 };
 
-void to_json(Json& json, const FileSizeFacts& facts);
-void from_json(const Json& json, FileSizeFacts& facts);
+CORVEL_JSON_RECORD(FileSizeFacts, device, fileID, linkCount, modified, logicalBytes, allocatedBytes, exclusiveBytes)
 
 // A file time as the OS reports it (whole seconds since 1970 plus nanoseconds), without the
 // rounding a conversion through floating point would bring. Clamped to the years 1 to 9999 and

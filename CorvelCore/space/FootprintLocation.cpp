@@ -86,16 +86,4 @@ std::vector<FootprintLocation> FootprintLocation::defaults(const std::filesystem
     return platform == Platform::linux ? linuxDefaults(home) : defaults(home);
 }
 
-void to_json(Json& json, const FootprintLocation& location) {
-    json = Json{
-        {"name", location.name}, {"category", location.category}, {"path", location.path}, {"note", location.note}};
-}
-
-void from_json(const Json& json, FootprintLocation& location) {
-    location.name = required<std::string>(json, "name");
-    location.category = required<FootprintCategory>(json, "category");
-    location.path = required<std::string>(json, "path");
-    location.note = required<std::string>(json, "note");
-}
-
 }  // namespace corvel

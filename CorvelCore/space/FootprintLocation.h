@@ -31,7 +31,6 @@ struct FootprintLocation {
     static std::vector<FootprintLocation> defaults(const std::filesystem::path& home, Platform platform);
 };
 
-void to_json(Json& json, const FootprintLocation& location);
-void from_json(const Json& json, FootprintLocation& location);
+CORVEL_JSON_RECORD(FootprintLocation, name, category, path, note)
 
 }  // namespace corvel

@@ -8,23 +8,6 @@ const SpaceClassification& SpaceClassification::unknown() {
     return value;
 }
 
-void to_json(Json& j, const SpaceClassification& classification) {
-    j = Json::object();
-    j["category"] = classification.category;
-    j["risk"] = classification.risk;
-    putOptional(j, "application", classification.application);
-    j["rationale"] = classification.rationale;
-    putOptional(j, "hint", classification.hint);
-}
-
-void from_json(const Json& j, SpaceClassification& classification) {
-    classification.category = required<SpaceCategory>(j, "category");
-    classification.risk = required<CleanupRisk>(j, "risk");
-    classification.application = optionalValue<std::string>(j, "application");
-    classification.rationale = required<std::string>(j, "rationale");
-    classification.hint = optionalValue<std::string>(j, "hint");
-}
-
 }  // namespace corvel
 
 std::size_t std::hash<corvel::SpaceClassification>::operator()(

@@ -29,8 +29,7 @@ struct SpaceClassification {
     bool operator==(const SpaceClassification&) const = default;
 };
 
-void to_json(Json& j, const SpaceClassification& classification);
-void from_json(const Json& j, SpaceClassification& classification);
+CORVEL_JSON_RECORD(SpaceClassification, category, risk, application, rationale, hint)
 
 }  // namespace corvel
 

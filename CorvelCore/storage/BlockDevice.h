@@ -41,7 +41,6 @@ struct BlockDevice {
     bool operator==(const BlockDevice&) const = default;
 };
 
-void to_json(Json& j, const BlockDevice& d);
-void from_json(const Json& j, BlockDevice& d);
+CORVEL_JSON_RECORD(BlockDevice, name, kernelName, path, type, majorMinor, sizeBytes, vendor, model, serial, transport, subsystems, isRotational, isRemovable, isHotplug, isReadOnly, physicalSectorSize, partitionTableType, fileSystemType, label, uuid, partitionUUID, partitionLabel, partitionTypeName, mountPoints, children)
 
 }  // namespace corvel

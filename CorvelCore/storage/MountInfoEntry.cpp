@@ -122,29 +122,4 @@ std::vector<MountInfoEntry> MountInfoEntry::parse(std::string_view text, int* sk
     return entries;
 }
 
-void to_json(Json& j, const MountInfoEntry& e) {
-    j = Json::object();
-    j["mountID"] = e.mountID;
-    j["parentID"] = e.parentID;
-    j["majorMinor"] = e.majorMinor;
-    j["root"] = e.root;
-    j["mountPoint"] = e.mountPoint;
-    j["mountOptions"] = e.mountOptions;
-    j["fileSystemType"] = e.fileSystemType;
-    j["source"] = e.source;
-    j["superOptions"] = e.superOptions;
-}
-
-void from_json(const Json& j, MountInfoEntry& e) {
-    e.mountID = required<int>(j, "mountID");
-    e.parentID = required<int>(j, "parentID");
-    e.majorMinor = required<std::string>(j, "majorMinor");
-    e.root = required<std::string>(j, "root");
-    e.mountPoint = required<std::string>(j, "mountPoint");
-    e.mountOptions = required<std::vector<std::string>>(j, "mountOptions");
-    e.fileSystemType = required<std::string>(j, "fileSystemType");
-    e.source = required<std::string>(j, "source");
-    e.superOptions = required<std::vector<std::string>>(j, "superOptions");
-}
-
 }  // namespace corvel

@@ -37,7 +37,6 @@ struct MountInfoEntry {
     static std::string unescape(std::string_view field);
 };
 
-void to_json(Json& j, const MountInfoEntry& e);
-void from_json(const Json& j, MountInfoEntry& e);
+CORVEL_JSON_RECORD(MountInfoEntry, mountID, parentID, majorMinor, root, mountPoint, mountOptions, fileSystemType, source, superOptions)
 
 }  // namespace corvel

@@ -30,7 +30,6 @@ struct NVMeHealth {
     bool operator==(const NVMeHealth&) const = default;
 };
 
-void to_json(Json& j, const NVMeHealth& health);
-void from_json(const Json& j, NVMeHealth& health);
+CORVEL_JSON_RECORD(NVMeHealth, percentageUsed, availableSpare, availableSpareThreshold, temperatureCelsius, mediaErrors, errorLogEntries, powerOnHours, powerCycles, unsafeShutdowns, dataUnitsRead, dataUnitsWritten)
 
 }  // namespace corvel

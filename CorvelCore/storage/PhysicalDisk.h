@@ -35,7 +35,6 @@ struct PhysicalDisk {
     bool operator==(const PhysicalDisk&) const = default;
 };
 
-void to_json(Json& j, const PhysicalDisk& disk);
-void from_json(const Json& j, PhysicalDisk& disk);
+CORVEL_JSON_RECORD(PhysicalDisk, id, mediaName, sizeBytes, busProtocol, isInternal, isEjectable, isSolidState, partitionScheme, blockSize, smartStatus, nvme, partitions)
 
 }  // namespace corvel

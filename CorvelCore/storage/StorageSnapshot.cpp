@@ -55,15 +55,4 @@ LocalCapacity StorageSnapshot::distinctLocalCapacity() const {
     return capacity;
 }
 
-void to_json(Json& j, const StorageSnapshot& s) {
-    j = Json{{"capturedAt", s.capturedAt}, {"disks", s.disks}, {"volumes", s.volumes}, {"warnings", s.warnings}};
-}
-
-void from_json(const Json& j, StorageSnapshot& s) {
-    s.capturedAt = required<TimePoint>(j, "capturedAt");
-    s.disks = required<std::vector<PhysicalDisk>>(j, "disks");
-    s.volumes = required<std::vector<StorageVolume>>(j, "volumes");
-    s.warnings = required<std::vector<std::string>>(j, "warnings");
-}
-
 }  // namespace corvel

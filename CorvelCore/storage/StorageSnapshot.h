@@ -45,7 +45,6 @@ struct StorageSnapshot {
 // Year 1 of the common era, the "distant past" that marks an empty snapshot.
 TimePoint distantPast();
 
-void to_json(Json& j, const StorageSnapshot& snapshot);
-void from_json(const Json& j, StorageSnapshot& snapshot);
+CORVEL_JSON_RECORD(StorageSnapshot, capturedAt, disks, volumes, warnings)
 
 }  // namespace corvel

@@ -45,7 +45,6 @@ struct StorageVolume {
     bool operator==(const StorageVolume&) const = default;
 };
 
-void to_json(Json& j, const StorageVolume& volume);
-void from_json(const Json& j, StorageVolume& volume);
+CORVEL_JSON_RECORD(StorageVolume, id, name, mountPoint, bsdName, fileSystemType, fileSystemName, totalBytes, availableBytes, reservedBytes, isInternal, isEjectable, isReadOnly, isNetwork, isBootVolume, isEncrypted, ownershipEnabled, supportsCaseSensitiveNames, busProtocol, containerID, physicalDiskID)
 
 }  // namespace corvel

@@ -41,15 +41,6 @@ TEST(HealthDimension, InferredFromRuleID) {
     EXPECT_EQ(inferredHealthDimension(""), HealthDimension::fileSystem);
 }
 
-TEST(HealthDimension, TableOrderAndLabels) {
-    const auto cases = allCases<HealthDimension>();
-    ASSERT_EQ(cases.size(), 5u);
-    EXPECT_EQ(cases.front(), HealthDimension::physical);
-    EXPECT_EQ(cases.back(), HealthDimension::availability);
-    EXPECT_EQ(label(HealthDimension::fileSystem), "File System Health");
-    EXPECT_EQ(Json(HealthDimension::fileSystem).dump(), "\"fileSystem\"");
-}
-
 TEST(HealthStatus, FollowsSeverity) {
     EXPECT_EQ(healthStatusFor(Severity::ok), HealthStatus::normal);
     EXPECT_EQ(healthStatusFor(Severity::info), HealthStatus::normal);
@@ -84,32 +75,6 @@ TEST(Finding, MakeInfersDimensionAndIdJoinsRuleAndSubject) {
     EXPECT_FALSE(freeSpace.recommendation);
     EXPECT_FALSE(freeSpace.evidence);
     EXPECT_FALSE(freeSpace.impact);
-}
-
-TEST(Finding, JsonKeysInFieldOrderAndAbsentOptionalsOmitted) {
-    const auto bare = Finding::make("disk.smart", Severity::info, FindingSubject::disk("disk4"), "T7", "t", "d");
-    EXPECT_EQ(Json(bare).dump(),
-              R"({"ruleID":"disk.smart","severity":1,"subject":{"disk":{"_0":"disk4"}},"subjectName":"T7",)"
-              R"("title":"t","detail":"d","dimension":"physical"})");
-
-    const auto full = Finding::make("volume.readOnly", Severity::warning, FindingSubject::volume("X"), "Backup", "t",
-                                    "d", "r", "e", "i");
-    const Json encoded = full;
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : encoded.items()) keys.push_back(key);
-    EXPECT_EQ(keys, (std::vector<std::string>{"ruleID", "severity", "subject", "subjectName", "title", "detail",
-                                              "recommendation", "dimension", "evidence", "impact"}));
-    EXPECT_EQ(Json(full).get<Finding>(), full);
-    EXPECT_EQ(Json(bare).get<Finding>(), bare);
-}
-
-TEST(Finding, DecodingRequiresEveryNonOptionalKey) {
-    const Json complete = Finding::make("volume.readOnly", Severity::warning, FindingSubject::volume("X"), "B", "t", "d");
-    for (const char* key : {"ruleID", "severity", "subject", "subjectName", "title", "detail", "dimension"}) {
-        Json incomplete = complete;
-        incomplete.erase(key);
-        EXPECT_THROW(incomplete.get<Finding>(), DecodingError) << key;
-    }
 }
 
 TEST(Finding, DecodedDimensionIsKeptNotReinferred) {

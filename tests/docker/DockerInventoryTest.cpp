@@ -170,49 +170,5 @@ TEST(DockerReclaimable, SumsTheEngineLinesAndGuardsOverflow) {
     EXPECT_EQ(inventory.reclaimableBytes(), std::nullopt);
 }
 
-TEST(DockerInventoryJson, RoundTripsWithFieldNamesAndAbsentOptionals) {
-    DockerInventory inventory = DockerInventory::empty(*ISO8601::parse("2026-11-02T09:30:00Z"));
-    Json emptyJson = inventory;
-    EXPECT_FALSE(emptyJson.contains("serverVersion"));
-    EXPECT_FALSE(emptyJson.contains("diskImage"));
-    EXPECT_EQ(emptyJson["capturedAt"], "2026-11-02T09:30:00Z");
-    EXPECT_EQ(emptyJson["buildCacheBytes"], 0);
-    EXPECT_EQ(emptyJson.get<DockerInventory>(), inventory);
-
-    inventory.serverVersion = "27.3.1";
-    inventory.dockerRootDir = "/var/lib/docker";
-    inventory.containers = {
-        container("db", "postgres:16", "shop", "running", 63, {volumeMount("pgdata"), bindMount("/src")})};
-    inventory.images = {{"img", "postgres", "16", 438000000, 0, 438000000, 1}};
-    inventory.volumes = {{"pgdata", "local", "shop", 412600000, 1, false}};
-    inventory.networks = {{"n1", "shop_default", "bridge", "local", "shop"}};
-    inventory.composeProjects = {{"shop", "running(1)", {"/src/compose.yaml"}}};
-    inventory.diskUsage = {{"Images", 1, 1, 438000000, 0}};
-    inventory.buildCacheBytes = 1460000000;
-    inventory.diskImage = DockerDiskImage{"/x/Docker.raw", 10, 5, "/", "Docker Desktop default location"};
-    inventory.errors = {"docker images: Command timed out"};
-    const Json full = inventory;
-    EXPECT_EQ(full.begin().key(), "serverVersion");
-    EXPECT_EQ(full["containers"][0]["mounts"][1].contains("name"), false);
-    EXPECT_EQ(full["diskImage"]["volumeMountPoint"], "/");
-    EXPECT_EQ(full.get<DockerInventory>(), inventory);
-    EXPECT_EQ(Json::parse(full.dump()).get<DockerInventory>(), inventory);
-
-    Json broken = full;
-    broken.erase("containers");
-    EXPECT_THROW(broken.get<DockerInventory>(), DecodingError);
-}
-
-TEST(DockerDerivedRecordsJson, RoundTrip) {
-    DockerProjectUsage usage{"shop", 2, 1, 1, 10, 20, 30, {"img"}, {"/src"}, "/src"};
-    EXPECT_EQ(Json(usage).get<DockerProjectUsage>(), usage);
-    usage.workingDirectory.reset();
-    EXPECT_FALSE(Json(usage).contains("workingDirectory"));
-    DockerDatabase database{container("db", "postgres", {}, "running", {}), "PostgreSQL", {"pgdata"}, 7};
-    EXPECT_EQ(Json(database).get<DockerDatabase>(), database);
-    DockerBindMount bind{container("web", "x", {}, "running", 1), bindMount("/src")};
-    EXPECT_EQ(Json(bind).get<DockerBindMount>(), bind);
-}
-
 }  // namespace
 }  // namespace corvel

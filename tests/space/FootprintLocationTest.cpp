@@ -54,17 +54,5 @@ TEST(FootprintLocationDefaults, ChoosesTheListByPlatform) {
     EXPECT_EQ(FootprintLocation::defaults("/h", Platform::macos), FootprintLocation::defaults("/h"));
 }
 
-TEST(FootprintLocationJson, UsesFieldNamesAndTheCategoryDisplayName) {
-    const FootprintLocation location{"Rust Toolchains", FootprintCategory::toolchains, "/h/.rustup/toolchains",
-                                     "Installed Rust toolchains."};
-    const Json json = location;
-    EXPECT_EQ(json.dump(), R"({"name":"Rust Toolchains","category":"Toolchains & SDKs",)"
-                           R"("path":"/h/.rustup/toolchains","note":"Installed Rust toolchains."})");
-    EXPECT_EQ(json.get<FootprintLocation>(), location);
-    Json unknown = json;
-    unknown["category"] = "Toolchains";
-    EXPECT_THROW((void)unknown.get<FootprintLocation>(), DecodingError);
-}
-
 }  // namespace
 }  // namespace corvel
