@@ -23,7 +23,10 @@ void printAccount(CliContext& context, const StorageAccount& account) {
     const auto& style = context.style();
     auto& out = context.out();
     std::string heading = style.bold(terminalSafe(account.mountPoint));
-    if (!account.fileSystemType.empty())
+    if (!account.containerVolumes.empty())
+        heading += "  " + style.dim("APFS container " + terminalSafe(account.device) + ", " +
+                                    std::to_string(account.containerVolumes.size()) + " volumes");
+    else if (!account.fileSystemType.empty())
         heading += "  " + style.dim(terminalSafe(account.fileSystemType) + " on " + terminalSafe(account.device));
     out << heading << '\n';
     out << "  " << ByteFormat::string(account.usedBytes) << " used of " << ByteFormat::string(account.capacityBytes)
@@ -43,10 +46,11 @@ void printAccount(CliContext& context, const StorageAccount& account) {
 
     if (!account.snapshots.empty()) {
         out << '\n' << style.bold("Snapshots") << '\n';
-        Table snapshots({Table::Align::left, Table::Align::left, Table::Align::right});
+        Table snapshots({Table::Align::left, Table::Align::left, Table::Align::right, Table::Align::left});
         for (const auto& snapshot : account.snapshots)
-            snapshots.addRow(
-                {terminalSafe(snapshot.name), snapshot.localTime.value_or(""), sizeText(style, snapshot.bytes)});
+            snapshots.addRow({terminalSafe(snapshot.name), snapshot.localTime.value_or(""),
+                              sizeText(style, snapshot.bytes),
+                              style.dim(snapshot.isPurgeable.value_or(false) ? "purgeable" : "")});
         snapshots.print(out, "  ");
         out << style.dim("  Velmora never deletes snapshots; to thin them: " +
                          std::string(thinningCommand(account.snapshots.front().kind)))
@@ -66,7 +70,6 @@ void printAccount(CliContext& context, const StorageAccount& account) {
 
 void runAccounting(CliContext& context, const AccountingOptions& options) {
     Machine& machine = context.machine();
-    if (auto reason = MachineAccounting::unavailableReason(machine)) throw CommandFailure(*reason);
     const auto snapshot = machine.snapshot();
     const std::optional<std::string> typed =
         options.volume.empty() ? std::nullopt : std::optional<std::string>(options.volume);
@@ -75,7 +78,7 @@ void runAccounting(CliContext& context, const AccountingOptions& options) {
         if (typed) throw UsageError("unknown volume '" + terminalSafe(*typed) + "' (give its mount point or name)");
         throw CommandFailure("no boot volume found to account for");
     }
-    const StorageAccount account = MachineAccounting::read(machine, *volume);
+    const StorageAccount account = MachineAccounting::read(machine, snapshot, *volume);
     if (context.json()) {
         context.printJson(Json(account));
         return;
@@ -90,7 +93,8 @@ void registerAccountingCommands(CLI::App& app, CliContext& context) {
     auto options = std::make_shared<AccountingOptions>();
     auto* command = app.add_subcommand("accounting",
                                        "Show where a volume's used space goes: reserved blocks, metadata, "
-                                       "snapshots, swap files, the last scan and what nothing explains");
+                                       "APFS volumes, snapshots, purgeable space, swap files, the last scan "
+                                       "and what nothing explains");
     command
         ->add_option("volume", options->volume,
                      "Mount point, a folder on the volume, or its name (default: boot volume)")

@@ -17,6 +17,7 @@ std::string commandFor(Insight::Destination destination) {
         case Insight::Destination::migration: return "velmora projects";
         case Insight::Destination::health: return "velmora health";
         case Insight::Destination::diskOperations: return "velmora ops";
+        case Insight::Destination::accounting: return "velmora accounting";
     }
     return "velmora help";
 }

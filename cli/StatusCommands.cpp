@@ -9,6 +9,7 @@
 #include "common/EnumTable.h"
 #include "common/Text.h"
 #include "insights/InsightEngine.h"
+#include "machine/MachineAccounting.h"
 #include "machine/RefreshCycle.h"
 #include "monitoring/CapacityForecast.h"
 #include "monitoring/HistoryStore.h"
@@ -150,6 +151,17 @@ void printWarnings(CliContext& context, const StorageSnapshot& snapshot, const s
     for (const auto& warning : more) context.out() << "  " << style.yellow("!") << ' ' << terminalSafe(warning) << '\n';
 }
 
+// One line per volume whose local snapshots hold more than the noticeable share of it.
+void printSnapshotShares(CliContext& context, const std::vector<SnapshotShare>& shares) {
+    const auto& style = context.style();
+    for (const auto& share : shares) {
+        if (!share.isNoticeable()) continue;
+        context.out() << "  " << style.tone(Tone::notice, "Local snapshots hold " + ByteFormat::string(share.bytes))
+                      << " (" << percent(share.fraction()) << ") of " << terminalSafe(share.mountPoint) << ": "
+                      << style.dim("velmora accounting " + terminalSafe(share.mountPoint)) << '\n';
+    }
+}
+
 Json warningsJson(const StorageSnapshot& snapshot) {
     return Json(snapshot.warnings);
 }
@@ -166,13 +178,18 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
         const auto refresh = RefreshCycle::run(context.machine(), loadSettings(context), steps);
         const auto& snapshot = refresh.snapshot;
         const auto& diagnosis = refresh.diagnosis;
-        const auto insights =
-            MachineInsights::of(context.machine(), snapshot, diagnosis.report, InsightEngine::defaultMinimumBytes);
+        const auto shares = MachineAccounting::snapshotShares(context.machine(), snapshot);
+        const auto insights = MachineInsights::of(context.machine(), snapshot, diagnosis.report,
+                                                  InsightEngine::defaultMinimumBytes, std::nullopt, shares);
         if (context.json()) {
             Json document{{"snapshot", snapshot}};
             addDiagnosisJson(document, diagnosis);
             document["insights"] = insights.insights;
             document["forecasts"] = refresh.forecasts;
+            Json noticeable = Json::array();
+            for (const auto& share : shares)
+                if (share.isNoticeable()) noticeable.push_back(share);
+            document["snapshotShares"] = noticeable;
             context.printJson(document);
             return;
         }
@@ -180,6 +197,7 @@ void registerStatusCommands(CLI::App& app, CliContext& context) {
         printDisks(context, snapshot);
         context.out() << '\n';
         printVolumes(context, snapshot, refresh.forecasts);
+        printSnapshotShares(context, shares);
         context.out() << '\n';
         printHealthSummary(context, diagnosis);
         printTopInsights(context, insights);

@@ -11,6 +11,7 @@
 #include "common/EnumTable.h"
 #include "common/ISO8601.h"
 #include "common/Json.h"
+#include "storage/APFSContainer.h"
 
 #include <array>
 #include <cstdint>
@@ -23,7 +24,13 @@ namespace corvel {
 enum class AccountingPart {
     reservedBlocks,
     metadata,
+    systemVolume,
+    prebootVolume,
+    recoveryVolume,
+    vmVolume,
+    otherVolume,
     snapshots,
+    purgeable,
     swapFiles,
     seenByLastScan,
     notExplained,
@@ -32,10 +39,16 @@ enum class AccountingPart {
 
 template <>
 struct EnumTable<AccountingPart> {
-    static constexpr std::array<EnumEntry<AccountingPart>, 7> entries{{
+    static constexpr std::array<EnumEntry<AccountingPart>, 13> entries{{
         {AccountingPart::reservedBlocks, "reservedBlocks", "reserved blocks"},
         {AccountingPart::metadata, "metadata", "file-system metadata"},
+        {AccountingPart::systemVolume, "systemVolume", "System volume"},
+        {AccountingPart::prebootVolume, "prebootVolume", "Preboot volume"},
+        {AccountingPart::recoveryVolume, "recoveryVolume", "Recovery volume"},
+        {AccountingPart::vmVolume, "vmVolume", "VM volume (swap files)"},
+        {AccountingPart::otherVolume, "otherVolume", "other volume"},
         {AccountingPart::snapshots, "snapshots", "local snapshots", Tone::notice},
+        {AccountingPart::purgeable, "purgeable", "purgeable space"},
         {AccountingPart::swapFiles, "swapFiles", "swap files"},
         {AccountingPart::seenByLastScan, "seenByLastScan", "seen by the last scan"},
         {AccountingPart::notExplained, "notExplained",
@@ -57,14 +70,16 @@ CORVEL_JSON_RECORD(AccountingRow, part, bytes, source, detail)
 
 struct StorageAccount {
     std::string mountPoint;
-    std::string fileSystemType;  // "btrfs", "ext4"
-    std::string device;          // what is mounted ("/dev/nvme0n1p2")
+    std::string fileSystemType;  // "btrfs", "ext4", "apfs"
+    std::string device;          // what is mounted ("/dev/nvme0n1p2"), or the APFS container ("disk3")
     std::int64_t capacityBytes = 0;
     std::int64_t availableBytes = 0;
     std::int64_t usedBytes = 0;  // capacity − available, the figure the rest of Velmora shows
     // The explained parts in a fixed order, then the remainder (absent when the parts could not
     // be added up at all).
     std::vector<AccountingRow> rows;
+    // On a Mac the account covers the whole APFS container: its volumes share its free space.
+    std::vector<APFSVolumeEntry> containerVolumes;
     std::vector<LocalSnapshot> snapshots;
     std::vector<SwapArea> swapFiles;
     std::optional<std::string> scannedFolder;  // the last scan's folder, when it lies on this volume
@@ -74,6 +89,6 @@ struct StorageAccount {
     bool operator==(const StorageAccount&) const = default;
 };
 CORVEL_JSON_RECORD(StorageAccount, mountPoint, fileSystemType, device, capacityBytes, availableBytes, usedBytes, rows,
-                   snapshots, swapFiles, scannedFolder, scannedAt, warnings)
+                   containerVolumes, snapshots, swapFiles, scannedFolder, scannedAt, warnings)
 
 }  // namespace corvel

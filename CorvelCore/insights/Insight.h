@@ -20,7 +20,7 @@ namespace corvel {
 
 struct Insight {
     enum class Kind { space, safety, performance, health, migration, docker };
-    enum class Destination { space, cleanup, topology, docker, migration, health, diskOperations };
+    enum class Destination { space, cleanup, topology, docker, migration, health, diskOperations, accounting };
 
     std::string id;  // the rule id, with the object's path or root appended where a rule fires per object
     Kind kind = Kind::space;
@@ -49,7 +49,7 @@ struct EnumTable<Insight::Kind> {
 
 template <>
 struct EnumTable<Insight::Destination> {
-    static constexpr std::array<EnumEntry<Insight::Destination>, 7> entries{{
+    static constexpr std::array<EnumEntry<Insight::Destination>, 8> entries{{
         {Insight::Destination::space, "space", "Space"},
         {Insight::Destination::cleanup, "cleanup", "Cleanup"},
         {Insight::Destination::topology, "topology", "Topology"},
@@ -57,6 +57,7 @@ struct EnumTable<Insight::Destination> {
         {Insight::Destination::migration, "migration", "Migration"},
         {Insight::Destination::health, "health", "Health"},
         {Insight::Destination::diskOperations, "diskOperations", "Disk Operations"},
+        {Insight::Destination::accounting, "accounting", "Accounting"},
     }};
 };
 

@@ -170,6 +170,19 @@ void dockerImageMove(const Input& input, std::vector<Insight>& out) {
                           size, std::nullopt, Destination::docker, "Plan move"});
 }
 
+void localSnapshots(const Input& input, std::int64_t minimumBytes, std::vector<Insight>& out) {
+    for (const auto& share : input.snapshotShares) {
+        if (share.bytes <= 0 || share.bytes < minimumBytes) continue;
+        const std::string held = ByteFormat::string(share.bytes);
+        out.push_back(Insight{
+            "snapshots." + share.mountPoint, Kind::space, Severity::info, "Local snapshots hold " + held,
+            std::to_string(share.count) + (share.count == 1 ? " snapshot" : " snapshots") + " on " + share.mountPoint +
+                " keep " + held + " that no folder scan sees. Velmora never deletes snapshots; thin them with " +
+                std::string(thinningCommand(share.kind)) + ".",
+            share.bytes, std::nullopt, Destination::accounting, "Thin with " + std::string(thinningTool(share.kind))});
+    }
+}
+
 void verifiedMigrations(const Input& input, std::vector<Insight>& out) {
     for (const auto& migration : input.verifiedMigrations) {
         if (migration.bytes < 1) continue;
@@ -215,6 +228,7 @@ std::vector<Insight> insights(const Input& input, std::int64_t minimumBytes) {
     sharedClones(input, minimumBytes, result);
     dockerReclaimable(input, minimumBytes, result);
     dockerImageMove(input, result);
+    localSnapshots(input, minimumBytes, result);
     verifiedMigrations(input, result);
     slowLinks(input, result);
     driveHealth(input, result);

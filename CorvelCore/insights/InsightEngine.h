@@ -1,13 +1,15 @@
 // Turns everything known about the machine (snapshot, diagnostic report, device topologies,
 // Docker inventory, the last space scan's largest consumers, verified migrations, credential-like
-// files in the Trash) into a short ranked list of insights. A pure function of its input: it
-// reads nothing, changes nothing and never throws; a rule whose data is missing does not fire.
+// files in the Trash, what local snapshots hold) into a short ranked list of insights. A pure
+// function of its input: it reads nothing, changes nothing and never throws; a rule whose data is
+// missing does not fire.
 //
 //   InsightEngine::Input input{.snapshot = snapshot, .report = report};
 //   input.topConsumers = summary->topConsumers;
 //   for (const auto& insight : InsightEngine::insights(input, InsightEngine::defaultMinimumBytes)) { … }
 #pragma once
 
+#include "accounting/SnapshotShare.h"
 #include "diagnostics/DeviceTopology.h"
 #include "diagnostics/DiagnosticReport.h"
 #include "docker/DockerInventory.h"
@@ -43,6 +45,7 @@ struct Input {
     std::vector<SpaceNode> topConsumers;  // largest first
     std::vector<VerifiedMigration> verifiedMigrations;
     std::vector<std::string> credentialsInTrash;
+    std::vector<SnapshotShare> snapshotShares;  // volumes whose snapshots have a known size
 };
 
 // Every insight that fires, most severe first, then largest first; ties keep rule order.

@@ -1,13 +1,14 @@
 #include "machine/MachineInsights.h"
 
-#include "common/PathText.h"
 #include "insights/InsightEngine.h"
-#include "space/SpaceSummary.h"
+#include "machine/LastScanSummary.h"
+#include "machine/MachineAccounting.h"
 
 namespace corvel {
 
 MachineInsights MachineInsights::of(Machine& machine, const StorageSnapshot& snapshot, const DiagnosticReport& report,
-                                    std::int64_t minimumBytes, const std::optional<DockerReading>& docker) {
+                                    std::int64_t minimumBytes, const std::optional<DockerReading>& docker,
+                                    const std::optional<std::vector<SnapshotShare>>& snapshotShares) {
     MachineInsights result;
     InsightEngine::Input input;
     input.snapshot = snapshot;
@@ -16,25 +17,15 @@ MachineInsights MachineInsights::of(Machine& machine, const StorageSnapshot& sna
     const auto reading = docker ? *docker : DockerReading::read(machine, snapshot);
     if (reading.inventory) input.docker = reading.inventory;
 
-    std::string problem;
-    auto summary = SpaceSummary::load(machine.dataFolder(), &problem);
-    // The data folder is this machine's: while replaying another machine, a scan of a folder that
-    // is not in the recorded home describes somewhere else and must not rank the recording's space.
-    if (const RecordedMachine* recording = machine.recording();
-        summary && recording && !isWithin(summary->root, recording->home)) {
-        result.notes.push_back("Last scan summary ignored: it covers " + summary->root +
-                               ", which is not on the recorded machine");
-        summary.reset();
-    }
+    auto summary = LastScanSummary::load(machine, result.notes);
     if (summary) {
         result.scanSummary = "Space suggestions from the scan of " + summary->root + " at " +
                              ISO8601::format(summary->scannedAt) + (summary->wasCancelled ? " (partial)." : ".");
         input.topConsumers = std::move(summary->topConsumers);
         input.credentialsInTrash = std::move(summary->credentialsInTrash);
-    } else if (!problem.empty()) {
-        result.notes.push_back("Last scan summary ignored: " + problem);
     }
 
+    input.snapshotShares = snapshotShares ? *snapshotShares : MachineAccounting::snapshotShares(machine, snapshot);
     result.insights = InsightEngine::insights(input, minimumBytes);
     return result;
 }

@@ -150,6 +150,10 @@ Input drive(SMARTStatus smart, std::optional<std::int64_t> wear) {
 }
 
 // One row per boundary: the input, the threshold, the insight, and its severity (none: absent).
+Input snapshotShare(std::int64_t bytes) {
+    return with(analysed(), [bytes](Input& i) { i.snapshotShares = {{"/", SnapshotKind::btrfs, 3, bytes, 510 * GB}}; });
+}
+
 struct Row {
     const char* what;
     std::function<Input()> input;
@@ -287,6 +291,9 @@ TEST(InsightEngine, RulesFireAtTheirBoundaries) {
         {"slow link warning", [] { return topologyFinding(S::warning); }, minimum, "topology.linkSpeed|disk:disk4",
          S::warning},
         {"slow link info", [] { return topologyFinding(S::info); }, minimum, "topology.linkSpeed|disk:disk4", {}},
+        {"snapshots at the minimum", [] { return snapshotShare(minimum); }, minimum, "snapshots./", S::info},
+        {"snapshots below the minimum", [] { return snapshotShare(minimum - 1); }, minimum, "snapshots./", {}},
+        {"snapshots of 0 bytes", [] { return snapshotShare(0); }, 0, "snapshots./", {}},
         {"wear 80", [] { return drive(SMARTStatus::verified, 80); }, minimum, "health.drive.disk0", S::critical},
         {"wear 79", [] { return drive(SMARTStatus::verified, 79); }, minimum, "health.drive.disk0", {}},
         {"failing", [] { return drive(SMARTStatus::failing, std::nullopt); }, minimum, "health.drive.disk0",
@@ -348,6 +355,8 @@ TEST(InsightEngine, EveryInsightMatchesTheReviewedCopy) {
         "/Users/me/Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw", 42 * GB, CleanupRisk::red));
     everything.topConsumers.push_back(consumer("/data", 3 * GB, CleanupRisk::gray));  // directly under "/"
     everything.verifiedMigrations = {{"/Users/me/Developer", 5 * GB}};
+    everything.snapshotShares = {{"/", SnapshotKind::btrfs, 3, 62 * GB, 510 * GB},
+                                 {"/System/Volumes/Data", SnapshotKind::apfs, 1, 4 * GB, 494 * GB}};
     everything.credentialsInTrash = {"/Users/me/.Trash/old/id_rsa", "/Users/me/.Trash/old/.env",
                                      "/Users/me/.Trash/keys.p12"};
 
