@@ -1,8 +1,8 @@
 // What watching processes costs against the programs people would otherwise run, in paired rounds
 // on this machine: the open-file scan of one mount point against `lsof +f -- MOUNT` and
 // `fuser -m MOUNT` (same processes found?), and one sample of every process against
-// `ps -eo pid,pcpu,rss,comm` (CPU time). Our side runs in this process, as the preflight and the
-// desktop application run it; the peers' side is a whole program, as people run it.
+// `ps -eo pid,pcpu,rss,comm` (CPU time), and apart from it what the proportional set sizes add. Our side runs in this
+// process, as the preflight and the desktop application run it; the peers' side is a whole program, as people run it.
 //
 //   build/release/bench/processes_bench [MOUNT] [ROUNDS]      # default: / and 15 rounds
 #include "processes/LocalProcesses.h"
@@ -108,7 +108,7 @@ int main(int argc, char** argv) {
     const int rounds = argc > 2 ? std::max(3, std::atoi(argv[2])) : 15;
     corvel::ProcOpenFiles lister;
     corvel::LocalProcesses local;
-    std::vector<double> ours, lsof, fuser, sampleCpu, sampleWall, psCpu, psWall;
+    std::vector<double> ours, lsof, fuser, sampleCpu, sampleWall, psCpu, psWall, refineCpu;
     std::set<int> ourPids, fuserPids;
     std::size_t processes = 0;
     for (int round = 0; round < rounds; ++round) {
@@ -135,12 +135,19 @@ int main(int argc, char** argv) {
             peers();
             scan();
         }
+        std::vector<corvel::ProcessSample> samples;
         const auto sample = runHere([&] {
-            processes = local.sampleAll().size();
+            samples = local.sampleAll();
             return std::string();
         });
+        processes = samples.size();
         sampleCpu.push_back(sample.cpuSeconds);
         sampleWall.push_back(sample.seconds);
+        // The exact memory figures, which a reading adds once to the last of its two samples.
+        refineCpu.push_back(runHere([&] {
+                                local.refineMemory(samples);
+                                return std::string();
+                            }).cpuSeconds);
         const auto ps = runProgram({"ps", "-eo", "pid,pcpu,rss,comm"});
         psCpu.push_back(ps.cpuSeconds);
         psWall.push_back(ps.seconds);
@@ -163,5 +170,6 @@ int main(int argc, char** argv) {
                median(sampleWall) * 1e3);
     fmt::print("  ps -eo    CPU {:6.2f} ms, wall {:6.2f} ms\n", median(psCpu) * 1e3, median(psWall) * 1e3);
     fmt::print("  ratio (CPU) {:.2f}  (target at most 1.00)\n", median(sampleCpu) / median(psCpu));
+    fmt::print("  + PSS of every process (once per reading) CPU {:6.2f} ms\n", median(refineCpu) * 1e3);
     return 0;
 }

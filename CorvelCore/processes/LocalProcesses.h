@@ -17,6 +17,7 @@ namespace corvel {
 class LocalProcesses : public ProcessSampling, public ProcessControlling {
 public:
     std::vector<ProcessSample> sampleAll() override;
+    void refineMemory(std::vector<ProcessSample>& samples) override;
     SignalResult send(const ProcessTarget& target, ProcessSignal signal) override;
     bool isRunning(const ProcessTarget& target) override;
     std::int32_t startDetached(const std::vector<std::string>& arguments) override;

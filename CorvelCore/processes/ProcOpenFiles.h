@@ -7,7 +7,9 @@
 //   for (const auto& usage : lister.usages("/mnt/backup")) ...
 //
 // A mount point is matched by device, as lsof +f and fuser -m do, so files reached through bind
-// mounts or another mount namespace count too; an ordinary folder by device and path.
+// mounts or another mount namespace count too; an ordinary folder by device and path. Mapped
+// files (libraries, memory-mapped data) are looked for only in processes that hold nothing else
+// there: they find the same processes, the listing of one already found stays shorter.
 #pragma once
 
 #include "processes/OpenFileListing.h"

@@ -24,12 +24,18 @@ std::vector<ProcessSample> combine(const std::vector<ProcessSample>& before, con
 }
 
 std::vector<ProcessSample> measure(ProcessSampling& sampling, std::chrono::milliseconds interval) {
-    if (interval.count() <= 0) return sampling.sampleAll();
+    if (interval.count() <= 0) {
+        auto once = sampling.sampleAll();
+        sampling.refineMemory(once);
+        return once;
+    }
     const auto first = sampling.sampleAll();
     const auto start = std::chrono::steady_clock::now();
     std::this_thread::sleep_for(interval);
-    auto second = sampling.sampleAll();
-    return combine(first, second, std::chrono::steady_clock::now() - start);
+    const auto second = sampling.sampleAll();
+    auto result = combine(first, second, std::chrono::steady_clock::now() - start);
+    sampling.refineMemory(result);
+    return result;
 }
 
 }  // namespace corvel::ProcessSampler

@@ -21,7 +21,8 @@ std::vector<ProcessSample> combine(const std::vector<ProcessSample>& before, con
                                    std::chrono::nanoseconds elapsed);
 
 // Two readings `interval` apart (measured on the steady clock). A zero interval is one reading
-// with every cpuPercent at 0, for callers that need no CPU figures.
+// with every cpuPercent at 0, for callers that need no CPU figures. The exact memory figures
+// (ProcessSampling::refineMemory) are read once, for the result only.
 std::vector<ProcessSample> measure(ProcessSampling& sampling, std::chrono::milliseconds interval = defaultInterval);
 
 }  // namespace corvel::ProcessSampler

@@ -1,5 +1,6 @@
-// The /proc reader: its pure decoders on captured text, and a live scan that must find a real
-// child's files and this test's own.
+// The /proc reader: its pure decoders on captured text, and live scans that must find a real
+// child's files and this test's own, by device for a mount point and through the maps for a file
+// that is only mapped.
 #include "processes/CurrentProcess.h"
 #include "processes/ProcOpenFiles.h"
 #include "support/ChildProcess.h"
@@ -8,6 +9,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "common/UniqueFd.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 #include <fstream>
 
 namespace corvel {
@@ -69,6 +77,68 @@ TEST(ProcOpenFiles, FindsAChildsFilesAndThisProcesssOwn) {
                 Contains(AllOf(Field(&ProcessUsage::pid, currentProcessID()), Field(&ProcessUsage::path, ours))));
     EXPECT_THAT(usages, Not(Contains(Field(&ProcessUsage::path, elsewhere))));
     EXPECT_THAT(lister.usages(folder.path("no-such-thing")), ::testing::IsEmpty());
+}
+
+// The mount point holding `path`: the highest folder above it still on its device.
+std::string mountRootOf(std::string path) {
+    struct stat facts {};
+    if (::stat(path.c_str(), &facts) != 0) return path;
+    while (path != "/") {
+        const auto parent = std::filesystem::path(path).parent_path().string();
+        struct stat above {};
+        if (::stat(parent.c_str(), &above) != 0 || above.st_dev != facts.st_dev) break;
+        path = parent;
+    }
+    return path;
+}
+
+std::vector<ProcessUsage> usagesUntil(ProcOpenFiles& lister, const std::string& scope, std::int32_t pid,
+                                      const std::string& path) {
+    std::vector<ProcessUsage> usages;
+    testing::eventually([&] {
+        usages = lister.usages(scope);
+        return std::any_of(usages.begin(), usages.end(),
+                           [&](const ProcessUsage& usage) { return usage.pid == pid && usage.path == path; });
+    });
+    return usages;
+}
+
+TEST(ProcOpenFiles, AMountPointCountsFilesOnItsDeviceOnly) {
+    testing::TemporaryFolder folder;
+    const auto held = folder.write("held.txt", "held");
+    // A file of another file system whose path still lies below the mount point when that is /.
+    const std::string elsewhere = "/dev/null";
+    struct stat here {
+    }, there{};
+    ASSERT_EQ(::stat(held.c_str(), &here), 0);
+    ASSERT_EQ(::stat(elsewhere.c_str(), &there), 0);
+    if (here.st_dev == there.st_dev) GTEST_SKIP() << elsewhere << " is on the temporary folder's device";
+    testing::ChildProcess holder({"/bin/sh", "-c", "exec 3<\"$0\" 4<\"$1\" && exec sleep 30", held, elsewhere});
+    const auto pid = static_cast<std::int32_t>(holder.pid());
+
+    ProcOpenFiles lister;
+    const auto usages = usagesUntil(lister, mountRootOf(folder.path()), pid, held);
+    EXPECT_THAT(usages, Contains(ProcessUsage{pid, "sleep", held, ProcessUsage::Kind::openFile}));
+    EXPECT_THAT(usages, Not(Contains(AllOf(Field(&ProcessUsage::pid, pid), Field(&ProcessUsage::path, elsewhere)))));
+}
+
+TEST(ProcOpenFiles, AFileOnlyMappedStillHoldsItsFolder) {
+    testing::TemporaryFolder folder;
+    const auto mapped = folder.write("mapped.bin", std::string(4096, 'm'));
+    void* memory = MAP_FAILED;
+    {
+        const UniqueFd fd(::open(mapped.c_str(), O_RDONLY | O_CLOEXEC));
+        ASSERT_TRUE(fd);
+        memory = ::mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE, fd.get(), 0);
+    }
+    ASSERT_NE(memory, MAP_FAILED);
+
+    ProcOpenFiles lister;
+    const auto usages = lister.usages(folder.path());
+    ::munmap(memory, 4096);
+    EXPECT_THAT(usages,
+                ElementsAre(AllOf(Field(&ProcessUsage::pid, currentProcessID()), Field(&ProcessUsage::path, mapped),
+                                  Field(&ProcessUsage::kind, ProcessUsage::Kind::openFile))));
 }
 
 }  // namespace

@@ -50,18 +50,37 @@ public:
         ++calls;
         return {sampleOf(10, 1, calls * 10'000'000)};
     }
+    // Marks what it refines with the number of the reading it came from.
+    void refineMemory(std::vector<ProcessSample>& samples) override {
+        ++refinements;
+        for (auto& sample : samples) {
+            sample.memoryBytes = calls;
+            sample.memoryKind = MemoryKind::proportional;
+        }
+    }
     std::int64_t calls = 0;
+    std::int64_t refinements = 0;
 };
+
+auto refinedFrom(std::int64_t reading) {
+    return AllOf(Field(&ProcessSample::memoryBytes, reading),
+                 Field(&ProcessSample::memoryKind, MemoryKind::proportional));
+}
 
 TEST(ProcessSampler, MeasureReadsTwiceAnIntervalApartOrOnceWithoutOne) {
     CountingSampling sampling;
     const auto once = ProcessSampler::measure(sampling, std::chrono::milliseconds(0));
     EXPECT_EQ(sampling.calls, 1);
-    EXPECT_THAT(once, ElementsAre(share(10, 0)));
+    EXPECT_EQ(sampling.refinements, 1);
+    EXPECT_THAT(once, ElementsAre(AllOf(share(10, 0), refinedFrom(1))));
 
     sampling.calls = 0;
+    sampling.refinements = 0;
     const auto measured = ProcessSampler::measure(sampling, std::chrono::milliseconds(20));
     EXPECT_EQ(sampling.calls, 2);
+    // The exact memory is paid for once, on the reading that is returned.
+    EXPECT_EQ(sampling.refinements, 1);
+    EXPECT_THAT(measured, ElementsAre(refinedFrom(2)));
     ASSERT_EQ(measured.size(), 1u);
     // 10 ms of processor time over at least 20 ms of waiting.
     EXPECT_GT(measured[0].cpuPercent, 0);

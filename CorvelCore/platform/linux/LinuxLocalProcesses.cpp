@@ -1,4 +1,6 @@
-// Linux side of LocalProcesses: /proc read file by file relative to one open /proc handle, and
+// Linux side of LocalProcesses: /proc read file by file relative to one open /proc handle, each
+// file in one read into a buffer on the stack, the costly proportional set size (the kernel walks
+// every page table for it) only when refineMemory asks, and
 // signals sent through a pidfd once the process has been checked to be the one sampled, so that
 // a pid reused in between is never signalled. The decoding is ProcPidFiles'.
 #include "processes/LocalProcesses.h"
@@ -13,6 +15,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <climits>
@@ -20,30 +23,38 @@
 namespace corvel {
 namespace {
 
-// Reads a small /proc file into `buffer`; false when it cannot be opened or read (the process
-// ended, or is not ours to look into).
-bool readProcFile(int procFd, const std::string& relative, std::string& buffer) {
-    UniqueFd fd(::openat(procFd, relative.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!fd) return false;
-    buffer.resize(4096);
-    std::size_t used = 0;
-    for (;;) {
-        if (used == buffer.size()) buffer.resize(buffer.size() * 2);
-        const auto got = ::read(fd.get(), buffer.data() + used, buffer.size() - used);
-        if (got < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        if (got == 0) break;
-        used += static_cast<std::size_t>(got);
+// Room for one /proc file that we read whole (stat, status, smaps_rollup are well under 2 KiB).
+using ProcText = std::array<char, 4096>;
+
+// "PID/name" relative to the /proc handle, without touching the heap.
+struct ProcPath {
+    ProcPath(std::int32_t pid, std::string_view name) {
+        auto* end = std::to_chars(text.data(), text.data() + 16, pid).ptr;
+        *end++ = '/';
+        end = std::copy(name.begin(), name.end(), end);
+        *end = '\0';
     }
-    buffer.resize(used);
-    return true;
+    const char* c_str() const { return text.data(); }
+    std::array<char, 48> text{};
+};
+
+// Reads a small /proc file into `buffer`; absent when it cannot be opened or read (the process
+// ended, or is not ours to look into). These files are produced whole on the first read, so a
+// read that leaves room in the buffer has reached the end and needs no second call; only the
+// first buffer's worth is kept, which holds every line we decode.
+std::optional<std::string_view> readProcFile(int procFd, const ProcPath& path, ProcText& buffer) {
+    UniqueFd fd(::openat(procFd, path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd) return std::nullopt;
+    ssize_t got = 0;
+    do got = ::read(fd.get(), buffer.data(), buffer.size());
+    while (got < 0 && errno == EINTR);
+    if (got < 0) return std::nullopt;
+    return std::string_view(buffer.data(), static_cast<std::size_t>(got));
 }
 
-std::optional<std::string> readLink(int procFd, const std::string& relative) {
+std::optional<std::string> readLink(int procFd, const ProcPath& path) {
     char target[PATH_MAX];
-    const auto length = ::readlinkat(procFd, relative.c_str(), target, sizeof target);
+    const auto length = ::readlinkat(procFd, path.c_str(), target, sizeof target);
     if (length <= 0) return std::nullopt;
     return ProcPidFiles::executableFromLink(std::string_view(target, static_cast<std::size_t>(length)));
 }
@@ -70,9 +81,11 @@ std::vector<std::int32_t> listPids(int procFd) {
 
 std::optional<ProcPidFiles::Stat> currentStat(std::int32_t pid) {
     UniqueFd proc(::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::string text;
-    if (!proc || !readProcFile(proc.get(), std::to_string(pid) + "/stat", text)) return std::nullopt;
-    return ProcPidFiles::parseStat(text);
+    ProcText buffer;
+    if (!proc) return std::nullopt;
+    const auto text = readProcFile(proc.get(), ProcPath(pid, "stat"), buffer);
+    if (!text) return std::nullopt;
+    return ProcPidFiles::parseStat(*text);
 }
 
 // The sampled process, still alive: not ended, not a zombie, not a newer one under its pid.
@@ -101,24 +114,37 @@ std::vector<ProcessSample> LocalProcesses::sampleAll() {
     units.pageSize = ::sysconf(_SC_PAGESIZE);
     const auto pids = listPids(proc.get());
     samples.reserve(pids.size());
-    std::string text;
+    ProcText buffer;
     for (const auto pid : pids) {
-        const auto folder = std::to_string(pid) + "/";
-        if (!readProcFile(proc.get(), folder + "stat", text)) continue;
-        const auto stat = ProcPidFiles::parseStat(text);
+        const auto statText = readProcFile(proc.get(), ProcPath(pid, "stat"), buffer);
+        if (!statText) continue;
+        const auto stat = ProcPidFiles::parseStat(*statText);
         if (!stat || ProcPidFiles::isZombie(*stat)) continue;
-        if (!readProcFile(proc.get(), folder + "status", text)) continue;
-        const auto status = ProcPidFiles::parseStatus(text);
-        std::optional<std::int64_t> pss;
+        const auto statusText = readProcFile(proc.get(), ProcPath(pid, "status"), buffer);
+        if (!statusText) continue;
+        const auto status = ProcPidFiles::parseStatus(*statusText);
+        // Only the owner (or root) may read the program; the others keep their short name.
         std::optional<std::string> executable;
-        if (!ProcPidFiles::isKernelThread(*stat)) {
-            // Only the owner (or root) may read these; the others keep RSS and their short name.
-            if (readProcFile(proc.get(), folder + "smaps_rollup", text)) pss = ProcPidFiles::parseSmapsRollup(text);
-            executable = readLink(proc.get(), folder + "exe");
-        }
-        samples.push_back(ProcPidFiles::sample(pid, *stat, status, pss, std::move(executable), units));
+        if (!ProcPidFiles::isKernelThread(*stat)) executable = readLink(proc.get(), ProcPath(pid, "exe"));
+        samples.push_back(ProcPidFiles::sample(pid, *stat, status, std::nullopt, std::move(executable), units));
     }
     return samples;
+}
+
+void LocalProcesses::refineMemory(std::vector<ProcessSample>& samples) {
+    UniqueFd proc(::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!proc) return;
+    ProcText buffer;
+    for (auto& sample : samples) {
+        if (sample.isKernelThread) continue;
+        // Only the owner (or root) may read this; the others keep their resident set.
+        const auto text = readProcFile(proc.get(), ProcPath(sample.pid, "smaps_rollup"), buffer);
+        if (!text) continue;
+        if (const auto pss = ProcPidFiles::parseSmapsRollup(*text)) {
+            sample.memoryBytes = *pss;
+            sample.memoryKind = MemoryKind::proportional;
+        }
+    }
 }
 
 SignalResult LocalProcesses::send(const ProcessTarget& target, ProcessSignal signal) {

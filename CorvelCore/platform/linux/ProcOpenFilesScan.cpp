@@ -1,5 +1,6 @@
 // The system-call half of ProcOpenFiles: walks /proc with directory descriptors, so each process
-// costs a handful of *at calls, and reads a link only when the file it names is on the device.
+// costs a handful of *at calls, reads a link only when the file it names is on the device, and
+// reads the mapped files only of processes that nothing else ties to the scope yet.
 #include "common/PathText.h"
 #include "common/UniqueFd.h"
 #include "processes/ProcOpenFiles.h"
@@ -7,11 +8,13 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdlib>
 #include <memory>
 
@@ -32,53 +35,92 @@ Directory openDirectoryAt(int parent, const char* name) {
 }
 
 std::optional<std::string> readLinkAt(int directory, const char* name) {
-    std::string buffer(256, '\0');
+    std::array<char, 512> first;
+    const auto length = ::readlinkat(directory, name, first.data(), first.size());
+    if (length < 0) return std::nullopt;
+    if (static_cast<std::size_t>(length) < first.size())
+        return std::string(first.data(), static_cast<std::size_t>(length));
+    std::string buffer(first.size() * 2, '\0');
     for (;;) {
-        const auto length = ::readlinkat(directory, name, buffer.data(), buffer.size());
-        if (length < 0) return std::nullopt;
-        if (static_cast<std::size_t>(length) < buffer.size()) {
-            buffer.resize(static_cast<std::size_t>(length));
+        const auto longer = ::readlinkat(directory, name, buffer.data(), buffer.size());
+        if (longer < 0) return std::nullopt;
+        if (static_cast<std::size_t>(longer) < buffer.size()) {
+            buffer.resize(static_cast<std::size_t>(longer));
             return buffer;
         }
         buffer.resize(buffer.size() * 2);
     }
 }
 
-std::string readTextAt(int directory, const char* name) {
+// Reads a /proc text file into `text`, whose room is kept from one process to the next. The
+// kernel hands these out a page-full at a time and a read that leaves room has met the end.
+void readTextAt(int directory, const char* name, std::string& text) {
+    text.clear();
     UniqueFd fd(::openat(directory, name, O_RDONLY | O_CLOEXEC));
-    if (!fd) return {};
-    std::string text;
-    std::array<char, 16384> chunk{};
+    if (!fd) return;
+    std::size_t used = 0;
     for (;;) {
-        const auto count = ::read(fd.get(), chunk.data(), chunk.size());
+        if (text.size() < used + 65536) text.resize(used + 65536);
+        const auto count = ::read(fd.get(), text.data() + used, text.size() - used);
         if (count <= 0) break;
-        text.append(chunk.data(), static_cast<std::size_t>(count));
+        used += static_cast<std::size_t>(count);
+        if (used < text.size()) break;
     }
-    return text;
+    text.resize(used);
 }
 
-std::optional<ProcOpenFiles::Scope> scopeOf(const std::string& typed) {
+// The descriptor numbers of an open /proc/[pid]/fd, in order, read with getdents64 into a kept
+// buffer (no DIR allocation per process).
+void descriptorNumbers(int directory, std::vector<char>& buffer, std::vector<int>& numbers) {
+    numbers.clear();
+    buffer.resize(32768);
+    for (;;) {
+        const auto count = ::syscall(SYS_getdents64, directory, buffer.data(), buffer.size());
+        if (count <= 0) break;
+        for (long offset = 0; offset < count;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(buffer.data() + offset);
+            offset += entry->d_reclen;
+            int number = 0;
+            const std::string_view name(entry->d_name);
+            const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+            if (error == std::errc() && end == name.data() + name.size()) numbers.push_back(number);
+        }
+    }
+    std::sort(numbers.begin(), numbers.end());
+}
+
+std::optional<ProcOpenFiles::Scope> scopeOf(const std::string& typed, std::uint64_t& inode) {
     ProcOpenFiles::Scope scope;
     scope.path = normalPath(typed);
     struct statx facts {};
     if (::statx(AT_FDCWD, scope.path.c_str(), 0, STATX_BASIC_STATS, &facts) != 0) return std::nullopt;
     scope.device = ::makedev(facts.stx_dev_major, facts.stx_dev_minor);
+    inode = facts.stx_ino;
     if (facts.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) {
         scope.wholeFileSystem = (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
     } else {
         // Kernels before 5.8 do not say; a device change at the path marks a mount root.
         struct stat parent {};
         const auto parentPath = scope.path == "/" ? scope.path : normalPath(scope.path + "/..");
-        scope.wholeFileSystem = scope.path == "/" ||
-                                (::stat(parentPath.c_str(), &parent) == 0 && parent.st_dev != scope.device);
+        scope.wholeFileSystem =
+            scope.path == "/" || (::stat(parentPath.c_str(), &parent) == 0 && parent.st_dev != scope.device);
     }
     return scope;
 }
 
+// What one scan keeps from one process to the next: the scope and its room for reading.
+struct ScanState {
+    ProcOpenFiles::Scope scope;
+    std::uint64_t scopeInode = 0;  // of the scanned path itself, whose name we know without asking
+    std::string text;
+    std::vector<char> entries;
+    std::vector<int> descriptors;
+};
+
 class ProcessReader {
 public:
-    ProcessReader(const ProcOpenFiles::Scope& scope, std::int32_t pid, int directory)
-        : scope_(scope), pid_(pid), directory_(directory) {}
+    ProcessReader(ScanState& state, std::int32_t pid, int directory)
+        : state_(state), scope_(state.scope), pid_(pid), directory_(directory) {}
 
     // Everything of this process in scope; empty when it vanished or denied access.
     std::vector<ProcessUsage> read() {
@@ -86,18 +128,29 @@ public:
         consider(directory_, "root", ProcessUsage::Kind::openFile);
         consider(directory_, "exe", ProcessUsage::Kind::executable);
         readDescriptors();
-        readMappedFiles();
+        // The maps are the costliest file here (the kernel writes out every mapping's path) and
+        // only decide whether a process holds the scope at all: a process already found by its
+        // program, folders or descriptors is not searched for mapped libraries as well.
+        if (found_.empty()) readMappedFiles();
         if (!found_.empty()) {
-            const auto command = ProcOpenFiles::commandFromComm(readTextAt(directory_, "comm"));
+            readTextAt(directory_, "comm", state_.text);
+            const auto command = ProcOpenFiles::commandFromComm(state_.text);
             for (auto& usage : found_) usage.command = command;
         }
         return std::move(found_);
     }
 
 private:
+    // The device first: a stat of the link's target rules out most entries (pipes, sockets,
+    // files elsewhere) without the costlier reading of the path.
     void consider(int directory, const char* name, ProcessUsage::Kind kind) {
         struct stat facts {};
         if (::fstatat(directory, name, &facts, 0) != 0 || facts.st_dev != scope_.device) return;
+        // The scanned folder itself (a working folder or root at the mount point) needs no name.
+        if (facts.st_ino == state_.scopeInode && S_ISDIR(facts.st_mode)) {
+            found_.push_back({pid_, {}, scope_.path, kind});
+            return;
+        }
         const auto link = readLinkAt(directory, name);
         if (!link) return;
         auto path = ProcOpenFiles::pathFromLink(*link);
@@ -106,29 +159,25 @@ private:
     }
 
     void readDescriptors() {
-        const auto descriptors = openDirectoryAt(directory_, "fd");
+        const UniqueFd descriptors(::openat(directory_, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!descriptors) return;
-        std::vector<std::pair<long, std::string>> names;
-        while (const auto* entry = ::readdir(descriptors.get())) {
-            if (entry->d_name[0] < '0' || entry->d_name[0] > '9') continue;
-            names.emplace_back(std::strtol(entry->d_name, nullptr, 10), entry->d_name);
+        descriptorNumbers(descriptors.get(), state_.entries, state_.descriptors);
+        for (const int number : state_.descriptors) {
+            std::array<char, 16> name{};
+            std::to_chars(name.data(), name.data() + name.size() - 1, number);
+            consider(descriptors.get(), name.data(), ProcessUsage::Kind::openFile);
         }
-        std::sort(names.begin(), names.end());
-        const int fd = ::dirfd(descriptors.get());
-        for (const auto& [number, name] : names) consider(fd, name.c_str(), ProcessUsage::Kind::openFile);
     }
 
     // A library or data file mapped from the volume keeps it busy after its descriptor closed.
     void readMappedFiles() {
-        const auto maps = readTextAt(directory_, "maps");
-        for (auto& path : ProcOpenFiles::mappedFiles(maps, ::major(scope_.device), ::minor(scope_.device))) {
-            if (!ProcOpenFiles::isInScope(scope_, scope_.device, path)) continue;
-            const bool known = std::any_of(found_.begin(), found_.end(),
-                                           [&](const ProcessUsage& usage) { return usage.path == path; });
-            if (!known) found_.push_back({pid_, {}, std::move(path), ProcessUsage::Kind::openFile});
-        }
+        readTextAt(directory_, "maps", state_.text);
+        for (auto& path : ProcOpenFiles::mappedFiles(state_.text, ::major(scope_.device), ::minor(scope_.device)))
+            if (ProcOpenFiles::isInScope(scope_, scope_.device, path))
+                found_.push_back({pid_, {}, std::move(path), ProcessUsage::Kind::openFile});
     }
 
+    ScanState& state_;
     const ProcOpenFiles::Scope& scope_;
     std::int32_t pid_;
     int directory_;
@@ -139,8 +188,10 @@ private:
 
 std::vector<ProcessUsage> ProcOpenFiles::usages(const std::string& path) {
     std::vector<ProcessUsage> usages;
-    const auto scope = scopeOf(path);
+    ScanState state;
+    const auto scope = scopeOf(path, state.scopeInode);
     if (!scope) return usages;
+    state.scope = *scope;
     const auto proc = openDirectoryAt(AT_FDCWD, "/proc");
     if (!proc) return usages;
     std::vector<std::pair<std::int32_t, std::string>> processes;
@@ -151,7 +202,7 @@ std::vector<ProcessUsage> ProcOpenFiles::usages(const std::string& path) {
     for (const auto& [pid, name] : processes) {
         const UniqueFd directory(::openat(procFd, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!directory) continue;  // it has exited since the listing
-        auto found = ProcessReader(*scope, pid, directory.get()).read();
+        auto found = ProcessReader(state, pid, directory.get()).read();
         usages.insert(usages.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
     }
     return usages;

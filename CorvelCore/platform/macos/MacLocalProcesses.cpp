@@ -70,6 +70,9 @@ std::vector<ProcessSample> LocalProcesses::sampleAll() {
     return samples;
 }
 
+// The footprint read with the rest is already the figure the system's own monitor shows.
+void LocalProcesses::refineMemory(std::vector<ProcessSample>&) {}
+
 SignalResult LocalProcesses::send(const ProcessTarget& target, ProcessSignal signal) {
     if (!isRunning(target)) return SignalResult::gone;
     if (::kill(target.pid, signal == ProcessSignal::kill ? SIGKILL : SIGTERM) == 0) return SignalResult::sent;
