@@ -37,6 +37,7 @@ void registerUpdateCommands(CLI::App& app, CliContext& context);
 void registerUninstallCommands(CLI::App& app, CliContext& context);
 void registerTopologyCommands(CLI::App& app, CliContext& context);
 void registerMigrationCommands(CLI::App& app, CliContext& context);
+void registerProjectCommands(CLI::App& app, CliContext& context);
 void registerBenchmarkCommands(CLI::App& app, CliContext& context);
 void registerReportCommands(CLI::App& app, CliContext& context);
 void registerDocumentationCommands(CLI::App& app, CliContext& context);

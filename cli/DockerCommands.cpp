@@ -1,12 +1,18 @@
 // `velmora docker`: what the Docker engine keeps on this machine, read-only. The engine's disk
 // image is measured even when the engine is stopped; a missing docker program is a fact about
-// the machine, not a failure of the command.
+// the machine, not a failure of the command. `velmora docker plan-move` prints how its data would
+// move to another volume, for review; it runs none of the commands it shows.
 #include "CliErrors.h"
 #include "Commands.h"
 #include "common/ByteFormat.h"
 #include "common/CheckedArithmetic.h"
+#include "common/PathText.h"
 #include "common/Text.h"
+#include "machine/DockerMoveReading.h"
 #include "machine/DockerReading.h"
+
+#include <filesystem>
+#include <memory>
 
 namespace corvel::cli {
 namespace {
@@ -152,12 +158,81 @@ void printErrors(CliContext& context, const DockerInventory& inventory) {
         context.out() << "  " << context.style().yellow("!") << ' ' << error << '\n';
 }
 
+void printLines(CliContext& context, const std::string& title, const std::vector<std::string>& lines, bool numbered) {
+    if (lines.empty()) return;
+    heading(context, title);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        context.out() << "  " << (numbered ? std::to_string(i + 1) + ". " : "") << terminalSafe(lines[i]) << '\n';
+}
+
+void printMovePlan(CliContext& context, const DockerMoveFacts& facts, const MigrationPlan& plan) {
+    auto& out = context.out();
+    const auto& style = context.style();
+    out << style.bold("Docker move PLAN") << ": for review only; velmora moves, copies and deletes nothing.\n";
+    Table table;
+    if (facts.dataPath) {
+        const auto what = facts.isDataFolder ? "Data root" : "Disk image";
+        table.addRow({what, terminalSafe(plan.source) + "  (" + bytes(facts.allocatedBytes) + " allocated of " +
+                                bytes(facts.apparentBytes) + " apparent)"});
+    } else {
+        table.addRow({"Data", style.dim("not found")});
+    }
+    table.addRow({"Engine", facts.isEngineRunning ? style.yellow("running") : std::string("not running")});
+    auto destination = terminalSafe(plan.destination);
+    if (plan.targetVolume)
+        destination +=
+            "  on " + terminalSafe(*plan.targetVolume) + ", " + bytes(plan.targetAvailableBytes.value_or(0)) + " free";
+    table.addRow({"Destination", destination});
+    table.print(out, "  ");
+
+    heading(context, "Blockers (" + std::to_string(plan.blockers.size()) + ")");
+    if (plan.blockers.empty()) out << "  none\n";
+    for (const auto& blocker : plan.blockers)
+        out << "  " << style.tone(toneOf(blocker.kind), std::string(label(blocker.kind))) << "  "
+            << terminalSafe(blocker.message) << '\n';
+    printLines(context, "Steps", plan.steps, true);
+    printLines(context, "Commands for review (velmora runs none of them)", plan.commands, false);
+    printLines(context, "Rollback", plan.rollback, false);
+    printLines(context, "Notes", plan.notes, false);
+    out << '\n'
+        << (plan.isReady ? style.green("Ready for review") + ": no blockers."
+                         : style.red("Blocked") + ": " + std::to_string(plan.blockers.size()) + " blocker" +
+                               (plan.blockers.size() == 1 ? "" : "s") + " to resolve first.")
+        << '\n';
+}
+
+void runPlanMove(CliContext& context, const std::string& typedTarget) {
+    if (typedTarget.empty() || typedTarget.find('\0') != std::string::npos)
+        throw UsageError("--to needs a volume or folder");
+    const auto target = normalPath(typedTarget, std::filesystem::current_path().string());
+    auto& machine = context.machine();
+    const auto facts = dockerMoveFacts(machine, target);
+    const auto plan = DockerMovePlanner::plan(facts);
+    if (context.json()) {
+        context.printJson(plan);
+        return;
+    }
+    context.printSource();
+    printMovePlan(context, facts, plan);
+}
+
 }  // namespace
 
 void registerDockerCommands(CLI::App& app, CliContext& context) {
     auto* docker = app.add_subcommand(
         "docker", "Show what Docker keeps on this machine: disk image, projects, databases, bind mounts (read-only)");
-    docker->callback([&context] {
+    auto target = std::make_shared<std::string>();
+    auto* planMove = docker->add_subcommand(
+        "plan-move", "Print a plan for review to move Docker's disk image or data root to another volume");
+    planMove->add_option("--to", *target, "The volume or folder it would go into")
+        ->type_name("VOLUME")
+        ->required()
+        ->expected(1)
+        ->allow_extra_args(false);
+    planMove->callback([&context, target] { runPlanMove(context, *target); });
+
+    docker->callback([&context, docker] {
+        if (!docker->get_subcommands().empty()) return;
         const auto snapshot = context.machine().snapshot();
         const auto reading = DockerReading::read(context.machine(), snapshot);
         if (!reading.executable) {

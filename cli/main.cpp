@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
         registerUninstallCommands(app, ctx);
         registerTopologyCommands(app, ctx);
         registerMigrationCommands(app, ctx);
+        registerProjectCommands(app, ctx);
         registerBenchmarkCommands(app, ctx);
         registerReportCommands(app, ctx);
         registerDocumentationCommands(app, ctx);

@@ -30,11 +30,16 @@ enum class BlockerKind {
     caseInsensitiveTarget,
     unsuitableFileSystem,
     sourceInUse,
+    nothingToMove,
+    engineRunning,
+    targetMissing,
+    targetNotFolder,
+    sameVolume,
 };
 
 template <>
 struct EnumTable<BlockerKind> {
-    static constexpr std::array<EnumEntry<BlockerKind>, 7> entries{{
+    static constexpr std::array<EnumEntry<BlockerKind>, 12> entries{{
         {BlockerKind::overlappingPaths, "overlappingPaths", "Overlapping paths", Tone::bad},
         {BlockerKind::destinationExists, "destinationExists", "Destination exists", Tone::bad},
         {BlockerKind::targetReadOnly, "targetReadOnly", "Target read-only", Tone::bad},
@@ -42,6 +47,11 @@ struct EnumTable<BlockerKind> {
         {BlockerKind::caseInsensitiveTarget, "caseInsensitiveTarget", "Case-insensitive target", Tone::bad},
         {BlockerKind::unsuitableFileSystem, "unsuitableFileSystem", "Unsuitable file system", Tone::bad},
         {BlockerKind::sourceInUse, "sourceInUse", "Source in use", Tone::bad},
+        {BlockerKind::nothingToMove, "nothingToMove", "Nothing to move", Tone::bad},
+        {BlockerKind::engineRunning, "engineRunning", "Engine running", Tone::bad},
+        {BlockerKind::targetMissing, "targetMissing", "Target missing", Tone::bad},
+        {BlockerKind::targetNotFolder, "targetNotFolder", "Target not a folder", Tone::bad},
+        {BlockerKind::sameVolume, "sameVolume", "Same volume", Tone::bad},
     }};
 };
 CORVEL_ENUM_JSON(BlockerKind)
