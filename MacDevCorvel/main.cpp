@@ -15,6 +15,7 @@
 #include "shell/ToolScreens.h"
 #include "space/SpaceModel.h"
 #include "tray/TrayItem.h"
+#include "widgets/BrandIcon.h"
 
 #include <QApplication>
 #include <QSystemTrayIcon>
@@ -80,6 +81,7 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Velmora"));
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+    QApplication::setWindowIcon(BrandIcon::application());
     CoreSession session(std::move(*machine));
     MainWindow window(session);
     if (options.spaceFolder) {

@@ -4,12 +4,20 @@
 #include "common/Text.h"
 
 namespace corvel::cli {
+namespace {
+
+bool trueColourTerminal(const Environment& environment) {
+    const auto colourTerm = lookup(environment, "COLORTERM");
+    return colourTerm && (*colourTerm == "truecolor" || *colourTerm == "24bit");
+}
+
+}  // namespace
 
 CliContext::CliContext(std::ostream& out, std::ostream& err, bool outIsTerminal, bool errIsTerminal,
                        Environment environment)
     : out_(out),
       err_(err),
-      style_(outIsTerminal && !lookup(environment, "NO_COLOR")),
+      style_(outIsTerminal && !lookup(environment, "NO_COLOR"), trueColourTerminal(environment)),
       errIsTerminal_(errIsTerminal),
       environment_(std::move(environment)) {}
 

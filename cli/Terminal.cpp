@@ -1,5 +1,9 @@
 #include "Terminal.h"
 
+#include "BrandPalette.h"
+
+#include <fmt/format.h>
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -14,6 +18,12 @@ std::string Style::wrap(const char* code, std::string_view text) const {
 }
 
 std::string Style::tone(Tone tone, std::string_view text) const {
+    if (trueColour_ && tone != Tone::plain && tone != Tone::muted) {
+        // Terminals are most often dark: the brand's dark-theme tones are the readable ones there.
+        const auto colour = BrandPalette::tone(tone, Theme::dark);
+        const auto code = fmt::format("38;2;{};{};{}", colour.red, colour.green, colour.blue);
+        return tone == Tone::bad ? wrap(code.c_str(), bold(text)) : wrap(code.c_str(), text);
+    }
     switch (tone) {
         case Tone::good:
             return green(text);

@@ -16,7 +16,9 @@ namespace corvel::cli {
 
 class Style {
 public:
-    explicit Style(bool enabled) : enabled_(enabled) {}
+    // `trueColour`: the terminal takes 24-bit colours (COLORTERM=truecolor), so tones use the
+    // brand palette rather than the terminal's own eight colours.
+    explicit Style(bool enabled, bool trueColour = false) : enabled_(enabled), trueColour_(enabled && trueColour) {}
     bool enabled() const { return enabled_; }
     std::string bold(std::string_view text) const { return wrap("1", text); }
     std::string dim(std::string_view text) const { return wrap("2", text); }
@@ -31,6 +33,7 @@ public:
 private:
     std::string wrap(const char* code, std::string_view text) const;
     bool enabled_;
+    bool trueColour_;
 };
 
 // Columns of text, padded to the widest cell (by displayed characters, ignoring colour codes).

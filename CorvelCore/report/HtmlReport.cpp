@@ -1,5 +1,6 @@
 #include "report/HtmlReport.h"
 
+#include "BrandLogo.h"
 #include "common/ByteFormat.h"
 #include "common/EnumTable.h"
 #include "report/HtmlText.h"
@@ -224,8 +225,10 @@ std::string spaceSection(const std::optional<ReportSpace>& space) {
 
 std::string body(const HtmlReportInput& input) {
     std::string out = fmt::format(
-        "<header><h1>Velmora report</h1><p>{} · generated {} · snapshot of {}</p></header><main>", escape(input.source),
-        escape(ISO8601::format(input.generatedAt)), escape(ISO8601::format(input.snapshot.capturedAt)));
+        "<header><span class=\"logo\" aria-hidden=\"true\">{}</span><div><h1>Velmora report</h1><p>{} · generated {} · "
+        "snapshot of {}</p></div></header><main>",
+        BrandLogo::svg(), escape(input.source), escape(ISO8601::format(input.generatedAt)),
+        escape(ISO8601::format(input.snapshot.capturedAt)));
     out += "<section id=\"machine\"><h2>Machine</h2>" + disksSection(input.snapshot) + volumesSection(input);
     for (const auto& warning : input.snapshot.warnings) out += "<p class=\"tone-caution\">" + escape(warning) + "</p>";
     out += "</section>";

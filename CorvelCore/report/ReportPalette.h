@@ -1,7 +1,6 @@
-// The colours of the HTML report, kept in one place: the brand's colours (written into the page
-// as CSS custom properties that report.css uses) and one colour per space category for the
-// treemap and its legend. When the brand graphics gain a palette of their own, this is the one
-// file that reads it.
+// The colours of the HTML report: the brand palette's light theme (written into the page as CSS
+// custom properties that report.css uses) and its colour per space category for the treemap and
+// its legend. This is the one report file that reads the brand palette.
 //
 //   std::string css = ReportPalette::cssVariables();       // ":root{--ink:#1d2433;...}"
 //   std::string fill = ReportPalette::categoryColour(node.classification.category);
@@ -16,10 +15,10 @@
 namespace corvel::ReportPalette {
 
 // A "#rrggbb" colour for each category; neighbours in the category order differ clearly.
-std::string_view categoryColour(SpaceCategory category);
+std::string categoryColour(SpaceCategory category);
 
 // A "#rrggbb" colour for a tone (good, caution, bad, …), readable as text on the page background.
-std::string_view toneColour(Tone tone);
+std::string toneColour(Tone tone);
 
 // The tone's name in the page's CSS classes ("good" for `tone-good`).
 std::string_view toneName(Tone tone);

@@ -4,6 +4,14 @@
 #include "shell/CoreSession.h"
 
 namespace corvel::desktop {
+namespace {
+
+bool hasListing(const HardwareSummary& summary) {
+    return summary.model || summary.modelIdentifier || summary.chip || summary.processorCount || summary.memoryBytes ||
+           summary.battery || !summary.displays.empty() || !summary.usbDevices.empty();
+}
+
+}  // namespace
 
 HardwareModel::HardwareModel(CoreSession& session, QObject* parent) : QObject(parent), session_(session) {}
 
@@ -13,6 +21,7 @@ void HardwareModel::load(const StorageSnapshot& snapshot) {
         this, [&machine = session_.machine(), snapshot] { return MachineHardware::read(machine, snapshot); },
         [this](HardwareSummary summary) {
             summary_ = std::move(summary);
+            noListing_ = session_.machine().isRecorded() && !hasListing(summary_);
             loaded_ = true;
             loading_ = false;
             Q_EMIT changed();

@@ -26,6 +26,9 @@ public:
     bool isLoaded() const { return loaded_; }
     bool isLoading() const { return loading_; }
     const HardwareSummary& summary() const { return summary_; }
+    // A recorded machine whose recording has no hardware listing: there is nothing to show but
+    // the internal disk's breakdown, and the failed reads are no news.
+    bool recordingHoldsNoListing() const { return noListing_; }
 
 Q_SIGNALS:
     void changed();
@@ -35,6 +38,7 @@ private:
     HardwareSummary summary_;
     bool loaded_ = false;
     bool loading_ = false;
+    bool noListing_ = false;
 };
 
 }  // namespace corvel::desktop

@@ -144,10 +144,16 @@ void HardwareView::rebuild() {
         page->addWidget(note(QStringLiteral("Reading the hardware…")));
     } else {
         const auto& summary = model_.summary();
-        addFacts(page, summary);
-        addDevices(page, summary);
+        if (model_.recordingHoldsNoListing()) {
+            page->addWidget(
+                note(QStringLiteral("This recording holds no hardware listing: the model, chip, "
+                                    "memory, battery, displays and USB devices were not recorded.")));
+        } else {
+            addFacts(page, summary);
+            addDevices(page, summary);
+        }
         addInternalDisk(page, summary);
-        if (!summary.warnings.empty()) {
+        if (!summary.warnings.empty() && !model_.recordingHoldsNoListing()) {
             page->addWidget(ScreenParts::heading(QStringLiteral("Warnings")));
             for (const auto& warning : summary.warnings) page->addWidget(ScreenParts::wrapped(text(warning)));
         }

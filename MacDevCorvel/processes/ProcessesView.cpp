@@ -109,7 +109,7 @@ void ProcessesView::rebuild() {
             auto* item = ToolParts::addRow(
                 groups_, {text(group.name), text(label(group.kind)), QString::number(group.pids.size()),
                           QString::number(group.cpuPercent, 'f', 1) + QStringLiteral(" %"),
-                          ToolParts::bytes(group.memoryBytes)});
+                          ToolParts::memory(group.memoryBytes)});
             item->setData(0, groupRole, static_cast<int>(i));
             item->setData(1, groupRole, QString::fromStdString(group.id));
             if (QString::fromStdString(group.id) == chosen) groups_->setCurrentItem(item);

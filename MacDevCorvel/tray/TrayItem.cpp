@@ -1,32 +1,15 @@
 #include "tray/TrayItem.h"
 
 #include "tray/TrayModel.h"
+#include "widgets/BrandIcon.h"
 #include "widgets/Palette.h"
 
 #include <QCursor>
 #include <QMenu>
-#include <QPainter>
-#include <QPixmap>
 #include <QSystemTrayIcon>
 
 namespace corvel::desktop {
 namespace {
-
-QIcon dot(const QColor& colour) {
-    QIcon icon;
-    for (const int size : {16, 22, 32, 64}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(colour.darker(140), size / 16.0));
-        painter.setBrush(colour);
-        const double margin = size * 0.15;
-        painter.drawEllipse(QRectF(margin, margin, size - 2 * margin, size - 2 * margin));
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
 
 void addInformation(QMenu& menu, const QString& heading, const QStringList& lines, const QString& none) {
     menu.addSection(heading);
@@ -55,7 +38,7 @@ void TrayItem::show() {
 }
 
 void TrayItem::rebuild() {
-    icon_ = dot(Palette::tone(model_.isLoaded() ? toneOf(model_.severity()) : Tone::muted));
+    icon_ = BrandIcon::tinted(Palette::tone(model_.isLoaded() ? toneOf(model_.severity()) : Tone::muted));
     menu_->clear();
     addInformation(*menu_, QStringLiteral("Volumes"), model_.volumeLines(),
                    model_.isLoaded() ? QStringLiteral("No volumes") : QStringLiteral("Reading the machine…"));

@@ -1,5 +1,5 @@
-// The menu-bar item (a system tray icon where the desktop has one): a dot in the colour of the
-// worst severity; its menu lists the volumes' free space and the last alerts, then "Open Velmora"
+// The menu-bar item (a system tray icon where the desktop has one): the one-colour logo in the
+// colour of the worst severity; its menu lists the volumes' free space and the last alerts, then "Open Velmora"
 // and "Refresh". The menu exists without a tray, so that it can be looked at and tested anywhere.
 //
 //   TrayItem tray(model);

@@ -15,6 +15,10 @@ QString bytes(std::int64_t amount) {
     return QString::fromStdString(ByteFormat::string(amount));
 }
 
+QString memory(std::int64_t amount) {
+    return amount > 0 ? bytes(amount) : QStringLiteral("—");
+}
+
 QString date(TimePoint when) {
     return QString::fromStdString(ISO8601::format(when));
 }

@@ -24,6 +24,8 @@ class QWidget;
 namespace corvel::desktop::ToolParts {
 
 QString bytes(std::int64_t amount);
+// A process's memory: "—" when none was measured (kernel threads own no memory of their own).
+QString memory(std::int64_t amount);
 QString date(TimePoint when);
 // The screen's own layout: its title on top, then the returned layout (in a scroll area when one
 // is given: then the content is rebuilt by replacing the area's widget).

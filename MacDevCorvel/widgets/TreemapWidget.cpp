@@ -83,8 +83,8 @@ void TreemapWidget::paintEvent(QPaintEvent*) {
         painter.drawRect(tile.adjusted(0, 0, -1, -1));
         const QRectF textArea = tile.adjusted(4, 3, -4, -3);
         if (textArea.width() < 48 || textArea.height() < 30) continue;
-        // White reads on every category colour; a dark text would vanish on the blues.
-        painter.setPen(Qt::white);
+        // The category colours are mid-tones chosen for the brand's dark ink, in either theme.
+        painter.setPen(Palette::colour(BrandPalette::surfaces(Theme::light).ink));
         const auto& metrics = painter.fontMetrics();
         const int width = static_cast<int>(textArea.width());
         painter.drawText(

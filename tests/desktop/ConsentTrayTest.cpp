@@ -12,6 +12,7 @@
 #include "shell/Refresher.h"
 #include "tray/TrayItem.h"
 #include "tray/TrayModel.h"
+#include "widgets/Palette.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -139,6 +140,7 @@ private Q_SLOTS:
         TrayModel model(dashboard, session.machine());
         TrayItem item(model);
         QVERIFY(!model.isLoaded());
+        QCOMPARE(item.icon().pixmap(32).toImage().pixelColor(24, 7), Palette::tone(Tone::muted));  // on the ring
         Refresher refresher(session, dashboard, diagnostics);
         QSignalSpy finished(&refresher, &Refresher::finished);
         refresher.refresh();
@@ -164,7 +166,8 @@ private Q_SLOTS:
         }
         QCOMPARE(refresh.count(), 1);
         QCOMPARE(open.count(), 1);
-        QVERIFY(!item.icon().isNull());
+        // The mark is redrawn in the worst severity's colour once the machine is read.
+        QCOMPARE(item.icon().pixmap(32).toImage().pixelColor(24, 7), Palette::tone(toneOf(model.severity())));
     }
 };
 

@@ -25,6 +25,7 @@ std::vector<std::unique_ptr<QObject>> allTests() {
     tests.push_back(makePaletteAndChartTest());
     tests.push_back(makeToolModelsTest());
     tests.push_back(makeConsentTrayTest());
+    tests.push_back(makeBrandTest());
     tests.push_back(makeClickThroughTest());
     return tests;
 }

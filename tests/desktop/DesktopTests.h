@@ -24,6 +24,7 @@ std::unique_ptr<QObject> makeStorageScreensTest();
 std::unique_ptr<QObject> makePaletteAndChartTest();
 std::unique_ptr<QObject> makeToolModelsTest();
 std::unique_ptr<QObject> makeConsentTrayTest();
+std::unique_ptr<QObject> makeBrandTest();
 
 inline std::string fixtureMachine(const std::string& name) {
     return std::string(CORVEL_FIXTURES_DIR) + "/machines/" + name;

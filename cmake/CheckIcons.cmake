@@ -1,0 +1,22 @@
+# cmake -DDIR=<folder> -DSIZES="16;32;…" -P CheckIcons.cmake
+# Fails unless DIR holds velmora-<size>.png for every size, each a PNG of exactly size × size.
+foreach(size IN LISTS SIZES)
+  set(file ${DIR}/velmora-${size}.png)
+  if(NOT EXISTS ${file})
+    message(FATAL_ERROR "missing icon ${file}")
+  endif()
+  # The signature (8 bytes), the IHDR chunk's length and type (8), then width and height (4 + 4).
+  file(READ ${file} header LIMIT 24 HEX)
+  string(SUBSTRING "${header}" 0 16 signature)
+  if(NOT signature STREQUAL "89504e470d0a1a0a")
+    message(FATAL_ERROR "${file} is not a PNG")
+  endif()
+  string(SUBSTRING "${header}" 32 8 width_hex)
+  string(SUBSTRING "${header}" 40 8 height_hex)
+  math(EXPR width "0x${width_hex}")
+  math(EXPR height "0x${height_hex}")
+  if(NOT width EQUAL size OR NOT height EQUAL size)
+    message(FATAL_ERROR "${file} is ${width}x${height}, not ${size}x${size}")
+  endif()
+endforeach()
+message(STATUS "${DIR}: every icon size present")
