@@ -71,6 +71,23 @@ std::string escaped(const std::string& text) {
             out += "\\e";
         } else if (c == '-' && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '-' || text[i - 1] == '[')) {
             out += "\\-";  // an option's hyphen, which must not become a typographic dash
+        } else if (static_cast<unsigned char>(c) >= 0x80) {
+            // Roff input is ASCII: a character beyond it travels as its code point, "…" as \[u2026].
+            const auto lead = static_cast<unsigned char>(c);
+            const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+            char32_t point = length == 1 ? 0 : lead & (0x7F >> length);
+            bool valid = length > 1 && i + length <= text.size();
+            for (std::size_t k = 1; valid && k < length; ++k) {
+                const auto next = static_cast<unsigned char>(text[i + k]);
+                valid = (next & 0xC0) == 0x80;
+                point = (point << 6) | (next & 0x3F);
+            }
+            if (valid) {
+                out += fmt::format("\\[u{:04X}]", static_cast<std::uint32_t>(point));
+                i += length - 1;
+            } else {
+                out += '?';
+            }
         } else {
             out += c;
         }

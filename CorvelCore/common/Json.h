@@ -16,6 +16,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -37,6 +39,17 @@ Json parseJsonText(std::string_view text, const std::string& what);
 
 template <class T>
 T decodeValue(const Json& value, const char* key) {
+    // The library converts a floating-point number to an integer with a plain cast, which is
+    // undefined beyond the integer's range (6e39 in a byte count): refuse those, keep the rest.
+    if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
+        if (value.is_number_float()) {
+            const double number = value.get<double>();
+            const double limit = std::ldexp(1.0, std::numeric_limits<T>::digits);
+            if (!(number >= (std::is_signed_v<T> ? -limit : 0.0) && number < limit))
+                throw DecodingError(std::string("key '") + key + "' is out of range");
+            return static_cast<T>(number);
+        }
+    }
     try {
         return value.get<T>();
     } catch (const DecodingError& error) {

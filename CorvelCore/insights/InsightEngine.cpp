@@ -177,7 +177,8 @@ void localSnapshots(const Input& input, std::int64_t minimumBytes, std::vector<I
         out.push_back(Insight{
             "snapshots." + share.mountPoint, Kind::space, Severity::info, "Local snapshots hold " + held,
             std::to_string(share.count) + (share.count == 1 ? " snapshot" : " snapshots") + " on " + share.mountPoint +
-                " keep " + held + " that no folder scan sees. Velmora never deletes snapshots; thin them with " +
+                (share.count == 1 ? " keeps " : " keep ") + held +
+                " that no folder scan sees. Velmora never deletes snapshots; thin them with " +
                 std::string(thinningCommand(share.kind)) + ".",
             share.bytes, std::nullopt, Destination::accounting, "Thin with " + std::string(thinningTool(share.kind))});
     }

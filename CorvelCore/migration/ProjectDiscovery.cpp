@@ -49,8 +49,9 @@ constexpr std::array<Marker, 21> markers{{
 
 // Dependency and output folders the catalogue leaves to the projects themselves: inside them lie
 // other people's manifests, never the person's own projects.
-constexpr std::array<std::string_view, 9> dependencyFolders{
-    "Pods", "Carthage", "vendor", "target", "build", "dist", "site-packages", "bower_components", "deps"};
+constexpr std::array<std::string_view, 10> dependencyFolders{"node_modules",     "Pods",  "Carthage", "vendor",
+                                                             "target",           "build", "dist",     "site-packages",
+                                                             "bower_components", "deps"};
 
 bool hasKind(const std::vector<ProjectKind>& kinds, ProjectKind kind) {
     return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();

@@ -223,11 +223,20 @@ std::string spaceSection(const std::optional<ReportSpace>& space) {
     return out + "</section>";
 }
 
+// HTML places an inline <svg> in the SVG namespace by itself; the attribute naming it would be the
+// page's only web address, and the page promises none.
+std::string inlineLogo() {
+    std::string svg(BrandLogo::svg());
+    constexpr std::string_view ns = " xmlns=\"http://www.w3.org/2000/svg\"";
+    if (const auto at = svg.find(ns); at != std::string::npos) svg.erase(at, ns.size());
+    return svg;
+}
+
 std::string body(const HtmlReportInput& input) {
     std::string out = fmt::format(
         "<header><span class=\"logo\" aria-hidden=\"true\">{}</span><div><h1>Velmora report</h1><p>{} · generated {} · "
         "snapshot of {}</p></div></header><main>",
-        BrandLogo::svg(), escape(input.source), escape(ISO8601::format(input.generatedAt)),
+        inlineLogo(), escape(input.source), escape(ISO8601::format(input.generatedAt)),
         escape(ISO8601::format(input.snapshot.capturedAt)));
     out += "<section id=\"machine\"><h2>Machine</h2>" + disksSection(input.snapshot) + volumesSection(input);
     for (const auto& warning : input.snapshot.warnings) out += "<p class=\"tone-caution\">" + escape(warning) + "</p>";

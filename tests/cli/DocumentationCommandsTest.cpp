@@ -148,6 +148,9 @@ TEST(ManPage, EscapesWhatRoffWouldReadAsRequestsOrDashes) {
         {".hidden", "\\&.hidden"},
         {"'quoted'", "\\&'quoted'"},
         {"C:\\path", "C:\\epath"},
+        {"then ~/src, \u2026 \xC2\xB7", "then ~/src, \\[u2026] \\[u00B7]"},
+        {"disk \xF0\x9F\x92\xBE", "disk \\[u1F4BE]"},
+        {"cut \xE2\x80 and \xFF", "cut ?? and ?"},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(cli::ManPage::escaped(text), expected) << text;
 }

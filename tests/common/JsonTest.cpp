@@ -33,6 +33,18 @@ TEST(JsonHelpers, DecodingErrorsNameTheKey) {
     EXPECT_THROW(optionalValue<bool>(j, "size"), DecodingError);
 }
 
+// Found by fuzzing the recording loader: a byte count written as 6.1235e+39.
+TEST(JsonHelpers, FloatingPointNumbersBeyondAnIntegersRangeAreRefused) {
+    const Json j =
+        Json::parse(R"({"huge": 6.1235e+39, "negative": -1.0, "whole": 3.0, "edge": 9.3e18, "low": -9.2e18})");
+    EXPECT_THROW(required<std::int64_t>(j, "huge"), DecodingError);
+    EXPECT_THROW(required<std::int64_t>(j, "edge"), DecodingError);
+    EXPECT_THROW(required<std::uint32_t>(j, "negative"), DecodingError);
+    EXPECT_EQ(required<std::int64_t>(j, "low"), std::int64_t(-9.2e18));
+    EXPECT_EQ(required<std::uint32_t>(j, "whole"), 3u);
+    EXPECT_EQ(optionalValue<std::int32_t>(j, "negative"), -1);
+}
+
 TEST(JsonHelpers, ParseErrorsNameTheInput) {
     EXPECT_EQ(parseJsonText(R"({"a": [1, 2]})", "x").at("a").size(), 2u);
     try {
