@@ -37,7 +37,7 @@ HtmlReportInput gather(Machine& machine, const CorvelSettings& settings, std::op
     for (auto& note : insights.notes) input.notes.push_back(std::move(note));
 
     if (space) {
-        space->tree = ReportTree::limit(space->tree, maxNodes);
+        space->tree = ReportTree::limit(std::move(space->tree), maxNodes);
         input.space = std::move(space);
     } else if (auto summary = SpaceSummary::load(machine.dataFolder())) {
         // Like the insights: while replaying, a scan outside the recorded home is somewhere else.

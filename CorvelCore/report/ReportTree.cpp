@@ -25,15 +25,19 @@ void foldInto(SpaceNode& aggregate, const SpaceNode& left) {
     aggregate.aggregatedItems = checkedAdd(aggregate.aggregatedItems, std::max<std::int64_t>(1, left.aggregatedItems));
 }
 
-SpaceNode copyKept(const SpaceNode& node, const std::unordered_set<const SpaceNode*>& kept) {
-    SpaceNode copy = node;
+// Moves the kept nodes out of `node`, folding the others: each node is moved once, never copied
+// with its subtree. Moving a children vector keeps its elements where they are, so the addresses
+// in `kept` still name them.
+SpaceNode takeKept(SpaceNode&& node, const std::unordered_set<const SpaceNode*>& kept) {
+    std::vector<SpaceNode> children = std::move(node.children);
+    SpaceNode copy = std::move(node);
     copy.children.clear();
     SpaceNode aggregate;
-    aggregate.path = node.path;
-    aggregate.classification = node.classification;
-    for (const auto& child : node.children) {
+    aggregate.path = copy.path;
+    aggregate.classification = copy.classification;
+    for (auto& child : children) {
         if (kept.contains(&child)) {
-            copy.children.push_back(copyKept(child, kept));
+            copy.children.push_back(takeKept(std::move(child), kept));
         } else {
             foldInto(aggregate, child);
         }
@@ -48,7 +52,7 @@ SpaceNode copyKept(const SpaceNode& node, const std::unordered_set<const SpaceNo
 
 }  // namespace
 
-SpaceNode limit(const SpaceNode& tree, std::size_t maxNodes) {
+SpaceNode limit(SpaceNode tree, std::size_t maxNodes) {
     const std::size_t budget = std::max<std::size_t>(1, maxNodes);
     std::unordered_set<const SpaceNode*> kept{&tree};
     std::priority_queue<Candidate> frontier;
@@ -59,7 +63,7 @@ SpaceNode limit(const SpaceNode& tree, std::size_t maxNodes) {
         kept.insert(next);
         for (const auto& child : next->children) frontier.push({&child});
     }
-    return copyKept(tree, kept);
+    return takeKept(std::move(tree), kept);
 }
 
 SpaceNode fromSummary(const SpaceSummary& summary) {

@@ -18,7 +18,7 @@ inline constexpr std::size_t defaultMaxNodes = 2000;
 
 // At most `maxNodes` nodes of `tree` (the root always, `maxNodes` below 1 counts as 1), plus at
 // most one aggregate per kept folder holding what was left out of it.
-SpaceNode limit(const SpaceNode& tree, std::size_t maxNodes);
+SpaceNode limit(SpaceNode tree, std::size_t maxNodes);
 
 // A one-level tree of the last scan: its top consumers under the scanned root, and one aggregate
 // for the rest of the root's allocated bytes.
