@@ -27,7 +27,7 @@ QString bytes(std::int64_t amount) {
 }
 
 QString nodeName(const SpaceNode& node) {
-    return node.isAggregate() ? QStringLiteral("%1 smaller items").arg(node.aggregatedItems) : text(node.name);
+    return node.isAggregate() ? nodeDisplayName(node) : text(node.name);
 }
 
 const SpaceNode* nodeOf(const QTreeWidgetItem* item) {

@@ -16,16 +16,17 @@ QRectF toQt(const TreemapRect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};
 }
 
-QString tileName(const SpaceNode& child) {
-    return child.isAggregate() ? QStringLiteral("%1 smaller items").arg(child.aggregatedItems)
-                               : QString::fromStdString(child.name);
-}
-
 QString sizeText(const SpaceNode& child) {
     return QString::fromStdString(ByteFormat::string(child.allocatedBytes));
 }
 
 }  // namespace
+
+QString nodeDisplayName(const SpaceNode& node) {
+    if (!node.isAggregate()) return QString::fromStdString(node.name);
+    return node.aggregatedItems == 1 ? QStringLiteral("1 smaller item")
+                                     : QStringLiteral("%1 smaller items").arg(node.aggregatedItems);
+}
 
 TreemapWidget::TreemapWidget(QWidget* parent) : QWidget(parent) {
     setMinimumSize(200, 150);
@@ -87,9 +88,9 @@ void TreemapWidget::paintEvent(QPaintEvent*) {
         painter.setPen(Palette::colour(BrandPalette::surfaces(Theme::light).ink));
         const auto& metrics = painter.fontMetrics();
         const int width = static_cast<int>(textArea.width());
-        painter.drawText(
-            textArea, Qt::AlignLeft | Qt::AlignTop,
-            metrics.elidedText(tileName(child), Qt::ElideMiddle, width) + QStringLiteral("\n") + sizeText(child));
+        painter.drawText(textArea, Qt::AlignLeft | Qt::AlignTop,
+                         metrics.elidedText(nodeDisplayName(child), Qt::ElideMiddle, width) + QStringLiteral("\n") +
+                             sizeText(child));
     }
 }
 
@@ -110,7 +111,7 @@ bool TreemapWidget::event(QEvent* event) {
             const auto& child = node_->children[static_cast<std::size_t>(index)];
             QToolTip::showText(help->globalPos(),
                                QStringLiteral("%1 · %2 · %3")
-                                   .arg(tileName(child), sizeText(child),
+                                   .arg(nodeDisplayName(child), sizeText(child),
                                         QString::fromStdString(std::string(label(child.classification.category)))),
                                this);
         }

@@ -15,6 +15,9 @@
 
 namespace corvel::desktop {
 
+// A node's name as a tile and the folder tree show it: "12 smaller items" for what was folded.
+QString nodeDisplayName(const SpaceNode& node);
+
 class TreemapWidget : public QWidget {
     Q_OBJECT
 public:
