@@ -74,8 +74,10 @@ double Rgb::luminance() const {
 }
 
 double contrastRatio(const Rgb& first, const Rgb& second) {
-    const auto [darker, lighter] = std::minmax(first.luminance(), second.luminance());
-    return (lighter + 0.05) / (darker + 0.05);
+    // std::minmax of two temporaries would hand back references to them; compare values instead.
+    const double a = first.luminance();
+    const double b = second.luminance();
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
 }
 
 namespace BrandPalette {

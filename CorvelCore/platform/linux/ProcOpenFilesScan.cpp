@@ -52,8 +52,9 @@ std::optional<std::string> readLinkAt(int directory, const char* name) {
     }
 }
 
-// Reads a /proc text file into `text`, whose room is kept from one process to the next. The
-// kernel hands these out a page-full at a time and a read that leaves room has met the end.
+// Reads a /proc text file into `text`, whose room is kept from one process to the next. Only a
+// read of nothing is the end: the kernel stops a read short at a line that does not fit, so a
+// large maps file (a sanitizer's, a browser's) comes in several short reads.
 void readTextAt(int directory, const char* name, std::string& text) {
     text.clear();
     UniqueFd fd(::openat(directory, name, O_RDONLY | O_CLOEXEC));
@@ -64,7 +65,6 @@ void readTextAt(int directory, const char* name, std::string& text) {
         const auto count = ::read(fd.get(), text.data() + used, text.size() - used);
         if (count <= 0) break;
         used += static_cast<std::size_t>(count);
-        if (used < text.size()) break;
     }
     text.resize(used);
 }
