@@ -52,9 +52,7 @@ std::string processCount(std::size_t count) {
 void printGroups(CliContext& context, const std::vector<ProcessGroup>& shown, std::size_t total,
                  const ListOptions& options) {
     const auto& style = context.style();
-    std::set<MemoryKind> kinds;
-    for (const auto& group : shown) kinds.insert(group.memoryKind);
-    const bool oneKind = kinds.size() == 1;
+    const auto oneKind = ProcessGrouping::sharedMemoryKind(shown);
     const std::string scope = options.all ? "Processes of every user" : "Your processes";
     context.out() << style.bold(scope)
                   << style.dim(" · CPU over " + fmt::format("{:g}", options.intervalMilliseconds / 1000.0) +
@@ -67,8 +65,7 @@ void printGroups(CliContext& context, const std::vector<ProcessGroup>& shown, st
     using A = Table::Align;
     Table table({A::left, A::left, A::right, A::right, A::right, A::left});
     table.addRow({style.dim("NAME"), style.dim("KIND"), style.dim("PROCESSES"), style.dim("CPU"),
-                  style.dim(oneKind ? "MEMORY (" + std::string(label(*kinds.begin())) + ")" : "MEMORY"),
-                  style.dim("ID")});
+                  style.dim(oneKind ? "MEMORY (" + std::string(label(*oneKind)) + ")" : "MEMORY"), style.dim("ID")});
     for (const auto& group : shown) {
         std::string memory = ByteFormat::string(group.memoryBytes);
         if (!oneKind) memory += style.dim(" " + std::string(label(group.memoryKind)));
@@ -81,6 +78,8 @@ void printGroups(CliContext& context, const std::vector<ProcessGroup>& shown, st
         context.out() << style.dim("  " + std::to_string(shown.size()) + " of " + std::to_string(total) +
                                    " groups shown (--top N; --top 0 shows all)")
                       << '\n';
+    std::set<MemoryKind> kinds;
+    for (const auto& group : shown) kinds.insert(group.memoryKind);
     for (const auto kind : kinds) context.out() << style.dim("  " + std::string(meaning(kind))) << '\n';
 }
 

@@ -188,4 +188,12 @@ std::vector<ProcessTarget> targets(const ProcessGroup& group, const std::vector<
     return result;
 }
 
+std::optional<MemoryKind> sharedMemoryKind(const std::vector<ProcessGroup>& groups) {
+    if (groups.empty()) return std::nullopt;
+    const auto kind = groups.front().memoryKind;
+    for (const auto& group : groups)
+        if (group.memoryKind != kind) return std::nullopt;
+    return kind;
+}
+
 }  // namespace corvel::ProcessGrouping

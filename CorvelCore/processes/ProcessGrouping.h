@@ -55,5 +55,9 @@ std::vector<ProcessGroup> find(const std::vector<ProcessGroup>& groups, std::str
 // reuses one of their pids.
 std::vector<ProcessTarget> targets(const ProcessGroup& group, const std::vector<ProcessSample>& samples);
 
+// The one kind every group's memory figure is, so that a table can say it once in its heading;
+// absent when the groups mix kinds (or there are none) and each figure must say its own.
+std::optional<MemoryKind> sharedMemoryKind(const std::vector<ProcessGroup>& groups);
+
 }  // namespace ProcessGrouping
 }  // namespace corvel

@@ -7,6 +7,7 @@
 #include "widgets/ListTable.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QHBoxLayout>
 #include <QLocale>
@@ -132,9 +133,7 @@ CleanupView::CleanupView(CleanupModel& model, QWidget* parent)
       history_(ListTable::make({QStringLiteral("Date"), QStringLiteral("Volume"), QStringLiteral("Eligible"),
                                 QStringLiteral("Excluded"), QStringLiteral("Recoverable"), QStringLiteral("Id")},
                                1, {2, 3, 4})) {
-    auto* page = new QVBoxLayout(this);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Cleanup")));
+    auto* page = ToolParts::page(this, QStringLiteral("Cleanup"));
     auto* bar = new QHBoxLayout;
     status_->setTextFormat(Qt::PlainText);
     status_->setMinimumWidth(100);

@@ -6,6 +6,7 @@
 #include "monitoring/CapacityForecast.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 #include "widgets/TrafficLight.h"
 #include "widgets/UsageBar.h"
 
@@ -158,9 +159,7 @@ DashboardView::DashboardView(DashboardModel& model, std::function<bool(Insight::
 
 void DashboardView::rebuild() {
     auto* content = new QWidget;
-    auto* page = new QVBoxLayout(content);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Dashboard")));
+    auto* page = ToolParts::page(content, QStringLiteral("Dashboard"));
     if (!model_.isLoaded()) {
         page->addWidget(note(QStringLiteral("Reading the machine…")));
         page->addStretch(1);

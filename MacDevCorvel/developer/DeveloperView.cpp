@@ -5,6 +5,7 @@
 #include "developer/DeveloperModel.h"
 #include "widgets/ListTable.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QHBoxLayout>
 #include <QLocale>
@@ -31,9 +32,7 @@ DeveloperView::DeveloperView(DeveloperModel& model, QWidget* parent)
       table_(ListTable::make({QStringLiteral("Location"), QStringLiteral("Category"), QStringLiteral("Size"),
                               QStringLiteral("Files"), QStringLiteral("How to clear it")},
                              4, {2, 3})) {
-    auto* page = new QVBoxLayout(this);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Developer storage")));
+    auto* page = ToolParts::page(this, QStringLiteral("Developer storage"));
     auto* bar = new QHBoxLayout;
     status_->setTextFormat(Qt::PlainText);
     status_->setMinimumWidth(100);

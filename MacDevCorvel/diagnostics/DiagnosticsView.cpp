@@ -4,6 +4,7 @@
 #include "diagnostics/DiagnosticsModel.h"
 #include "widgets/FindingCard.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -19,9 +20,7 @@ using ScreenParts::text;
 
 DiagnosticsView::DiagnosticsView(DiagnosticsModel& model, QWidget* parent)
     : QWidget(parent), model_(model), filter_(new QComboBox), summary_(new QLabel), list_(new QScrollArea) {
-    auto* page = new QVBoxLayout(this);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Diagnostics")));
+    auto* page = ToolParts::page(this, QStringLiteral("Diagnostics"));
     auto* bar = new QHBoxLayout;
     bar->addWidget(summary_, 1);
     bar->addWidget(new QLabel(QStringLiteral("Show:")));

@@ -7,6 +7,7 @@
 #include "widgets/ListTable.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QFormLayout>
 #include <QLocale>
@@ -137,9 +138,7 @@ HardwareView::HardwareView(HardwareModel& model, QWidget* parent) : QScrollArea(
 
 void HardwareView::rebuild() {
     auto* content = new QWidget;
-    auto* page = new QVBoxLayout(content);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("This Mac")));
+    auto* page = ToolParts::page(content, QStringLiteral("This Mac"));
     if (!model_.isLoaded()) {
         page->addWidget(note(QStringLiteral("Reading the hardware…")));
     } else {

@@ -2,12 +2,14 @@
 
 #include "common/PathText.h"
 #include "machine/MigrationReading.h"
+#include "machine/ProjectReading.h"
 #include "migration/MigrationPlanner.h"
 #include "migration/TreeVerifier.h"
 #include "shell/CoreSession.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 namespace corvel::desktop {
 namespace {
@@ -23,18 +25,13 @@ std::optional<std::string> existingFolder(const std::string& typed, const char* 
     return path;
 }
 
-std::vector<std::string> projectsUnder(const std::vector<std::string>& roots) {
-    std::vector<std::string> projects;
-    for (const auto& root : roots) {
-        projects.push_back(root);
-        std::error_code problem;
-        std::vector<std::string> children;
-        for (std::filesystem::directory_iterator it(root, problem), end; !problem && it != end; it.increment(problem))
-            if (it->is_directory(problem) && !it->path().filename().string().starts_with("."))
-                children.push_back(it->path().string());
-        std::sort(children.begin(), children.end());
-        projects.insert(projects.end(), children.begin(), children.end());
-    }
+// Every project of the listing, largest first: the ones worth moving come to the top.
+std::vector<Project> largestFirst(ProjectListing listing) {
+    std::vector<Project> projects;
+    for (auto& workspace : listing.workspaces)
+        std::move(workspace.projects.begin(), workspace.projects.end(), std::back_inserter(projects));
+    std::stable_sort(projects.begin(), projects.end(),
+                     [](const Project& a, const Project& b) { return a.allocatedBytes > b.allocatedBytes; });
     return projects;
 }
 
@@ -52,14 +49,24 @@ MigrationModel::MigrationModel(CoreSession& session, QObject* parent) : QObject(
 }
 
 MigrationModel::~MigrationModel() {
+    projectSearchCancelled_->store(true);
     cancel();
 }
 
 void MigrationModel::loadProjects() {
+    if (loadingProjects_) return;
+    loadingProjects_ = true;
+    Q_EMIT changed();
     session_.run(
-        this, [&machine = session_.machine()] { return projectsUnder(machine.settings().settings.projectRoots); },
-        [this](std::vector<std::string> projects) {
+        this,
+        [&machine = session_.machine(), cancelled = projectSearchCancelled_] {
+            ScanProgress progress;
+            return largestFirst(projectListing(machine, defaultProjectRoots(machine), {}, progress,
+                                               [cancelled] { return cancelled->load(); }));
+        },
+        [this](std::vector<Project> projects) {
             projects_ = std::move(projects);
+            loadingProjects_ = false;
             Q_EMIT changed();
         });
 }

@@ -1,4 +1,5 @@
-// The migration screen's state: the projects under the project roots of the settings, a plan to
+// The migration screen's state: the projects found under the project roots (as `velmora projects`
+// finds them, with their sizes), a plan to
 // move one of them to another volume (the core's facts and planner, as `velmora migrate plan`),
 // and a verification of a copy against its original by content. Both run on a pool thread with
 // polled progress and Cancel; nothing is moved, copied or deleted.
@@ -10,6 +11,7 @@
 
 #include "migration/MigrationPlan.h"
 #include "migration/MigrationProgress.h"
+#include "migration/Project.h"
 #include "migration/TreeDifference.h"
 
 #include <QObject>
@@ -32,9 +34,11 @@ public:
     explicit MigrationModel(CoreSession& session, QObject* parent = nullptr);
     ~MigrationModel() override;
 
-    // The project roots of the settings and the folders directly in them, in order.
+    // Looks for projects under the settings' project roots and the usual folders of the home
+    // folder (nothing on a recorded machine, which holds no file tree), largest first.
     void loadProjects();
-    const std::vector<std::string>& projects() const { return projects_; }
+    const std::vector<Project>& projects() const { return projects_; }
+    bool loadingProjects() const { return loadingProjects_; }
 
     // Both refuse (error()) a path that is not an existing folder, and do nothing while work runs.
     void plan(const std::string& workspace, const std::string& target);
@@ -58,7 +62,9 @@ private:
     void poll();
 
     CoreSession& session_;
-    std::vector<std::string> projects_;
+    std::vector<Project> projects_;
+    bool loadingProjects_ = false;
+    std::shared_ptr<std::atomic<bool>> projectSearchCancelled_ = std::make_shared<std::atomic<bool>>(false);
     Work work_ = Work::none;
     std::shared_ptr<MigrationProgress> running_;
     std::shared_ptr<std::atomic<bool>> cancelled_;

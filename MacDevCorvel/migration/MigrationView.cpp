@@ -150,7 +150,9 @@ MigrationView::MigrationView(MigrationModel& model, QWidget* parent)
     result_->setFrameShape(QFrame::NoFrame);
     layout->addWidget(result_, 1);
 
-    connect(projects_, &QListWidget::currentTextChanged, workspace_, &QLineEdit::setText);
+    connect(projects_, &QListWidget::currentItemChanged, this, [this](QListWidgetItem* item) {
+        if (item) workspace_->setText(item->data(Qt::UserRole).toString());
+    });
     connect(plan_, &QPushButton::clicked, this,
             [this] { model_.plan(typed(workspace_).toStdString(), typed(target_).toStdString()); });
     connect(verify_, &QPushButton::clicked, this,
@@ -176,7 +178,15 @@ void MigrationView::showProgress() {
 void MigrationView::rebuild() {
     if (projects_->count() != static_cast<int>(model_.projects().size())) {
         projects_->clear();
-        for (const auto& project : model_.projects()) projects_->addItem(text(project));
+        for (const auto& project : model_.projects()) {
+            // Size first, then what its tools would rebuild: what a move would take, and what it need not.
+            auto label = text(project.name) + QStringLiteral("  ·  ") + ToolParts::bytes(project.allocatedBytes);
+            if (project.rebuildableBytes > 0)
+                label += QStringLiteral(" (%1 rebuildable)").arg(ToolParts::bytes(project.rebuildableBytes));
+            auto* item = new QListWidgetItem(label, projects_);
+            item->setData(Qt::UserRole, text(project.path));
+            item->setToolTip(text(project.path));
+        }
     }
     const bool working = model_.work() != MigrationModel::Work::none;
     plan_->setEnabled(!working);
@@ -188,8 +198,12 @@ void MigrationView::rebuild() {
     if (!model_.error().empty()) page->addWidget(ToolParts::toned(Tone::bad, text(model_.error())));
     if (model_.wasCancelled() && !working && !model_.lastComparison())
         page->addWidget(ToolParts::toned(Tone::caution, QStringLiteral("Interrupted: no plan was made.")));
-    if (model_.projects().empty())
-        page->addWidget(note(QStringLiteral("No project roots in the settings: type a workspace folder above.")));
+    if (model_.loadingProjects())
+        page->addWidget(note(QStringLiteral("Looking for projects under the project roots…")));
+    else if (model_.projects().empty())
+        page->addWidget(
+            note(QStringLiteral("No projects found under the project roots (Settings) or the usual "
+                                "folders of the home folder: type a workspace folder above.")));
     if (const auto& plan = model_.lastPlan()) showPlan(page, *plan);
     if (const auto& comparison = model_.lastComparison()) showComparison(page, *comparison);
     if (!working && !model_.lastPlan() && !model_.lastComparison() && model_.error().empty())

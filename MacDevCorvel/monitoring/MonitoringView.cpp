@@ -8,6 +8,7 @@
 #include "widgets/ListTable.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -102,9 +103,7 @@ MonitoringView::MonitoringView(MonitoringModel& model, QWidget* parent) : QScrol
 
 void MonitoringView::rebuild() {
     auto* content = new QWidget;
-    auto* page = new QVBoxLayout(content);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Monitoring")));
+    auto* page = ToolParts::page(content, QStringLiteral("Monitoring"));
     const auto& values = model_.values();
 
     auto* agent = new QHBoxLayout;

@@ -1,5 +1,6 @@
 #include "processes/ProcessesView.h"
 
+#include "processes/ProcessGrouping.h"
 #include "processes/ProcessesModel.h"
 #include "widgets/ScreenParts.h"
 #include "widgets/ToolParts.h"
@@ -104,12 +105,18 @@ void ProcessesView::rebuild() {
     {
         const QSignalBlocker quiet(groups_);
         groups_->clear();
+        // The heading names the memory figure when all rows share it; otherwise each cell does.
+        const auto oneKind = ProcessGrouping::sharedMemoryKind(groups);
+        groups_->headerItem()->setText(
+            4, oneKind ? QStringLiteral("Memory (%1)").arg(text(label(*oneKind))) : QStringLiteral("Memory"));
+        if (oneKind) groups_->headerItem()->setToolTip(4, text(meaning(*oneKind)));
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const auto& group = groups[i];
+            auto memory = ToolParts::memory(group.memoryBytes);
+            if (!oneKind) memory += QStringLiteral(" ") + text(label(group.memoryKind));
             auto* item = ToolParts::addRow(
                 groups_, {text(group.name), text(label(group.kind)), QString::number(group.pids.size()),
-                          QString::number(group.cpuPercent, 'f', 1) + QStringLiteral(" %"),
-                          ToolParts::memory(group.memoryBytes)});
+                          QString::number(group.cpuPercent, 'f', 1) + QStringLiteral(" %"), memory});
             item->setData(0, groupRole, static_cast<int>(i));
             item->setData(1, groupRole, QString::fromStdString(group.id));
             if (QString::fromStdString(group.id) == chosen) groups_->setCurrentItem(item);

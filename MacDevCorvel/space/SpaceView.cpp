@@ -5,6 +5,7 @@
 #include "space/SpaceModel.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 #include "widgets/TreemapWidget.h"
 
 #include <QFileDialog>
@@ -50,9 +51,7 @@ SpaceView::SpaceView(SpaceModel& model, QWidget* parent)
       up_(new QPushButton(QStringLiteral("Up"))),
       simulate_(new QPushButton(QStringLiteral("Simulate cleanup"))),
       treemap_(new TreemapWidget) {
-    auto* page = new QVBoxLayout(this);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Space")));
+    auto* page = ToolParts::page(this, QStringLiteral("Space"));
 
     auto* bar = new QHBoxLayout;
     folder_->setAccessibleName(QStringLiteral("Folder"));

@@ -9,6 +9,7 @@
 #include "widgets/ListTable.h"
 #include "widgets/Palette.h"
 #include "widgets/ScreenParts.h"
+#include "widgets/ToolParts.h"
 
 #include <QVBoxLayout>
 #include <algorithm>
@@ -77,9 +78,7 @@ TopologyView::TopologyView(TopologyModel& model, QWidget* parent) : QScrollArea(
 
 void TopologyView::rebuild() {
     auto* content = new QWidget;
-    auto* page = new QVBoxLayout(content);
-    page->setContentsMargins(20, 16, 20, 16);
-    page->addWidget(ScreenParts::title(QStringLiteral("Topology")));
+    auto* page = ToolParts::page(content, QStringLiteral("Topology"));
     if (!model_.isLoaded()) {
         page->addWidget(note(QStringLiteral("Reading the connections…")));
         page->addStretch(1);
