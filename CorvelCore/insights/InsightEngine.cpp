@@ -89,8 +89,11 @@ void credentialsInTrash(const Input& input, std::vector<Insight>& out) {
 
 void noAnalysis(const Input& input, std::vector<Insight>& out) {
     if (!input.topConsumers.empty()) return;
-    out.push_back(Insight{"space.scan", Kind::space, Severity::info, "No storage analysis yet",
-                          "Run the analyzer to rank what uses your disk, counting APFS clones correctly.", std::nullopt,
+    // Linux has no APFS; its copy-on-write file systems share extents between reflinked copies.
+    const char* detail = input.platform == Platform::macos
+                             ? "Run the analyzer to rank what uses your disk, counting APFS clones correctly."
+                             : "Run the analyzer to rank what uses your disk, counting reflinked copies correctly.";
+    out.push_back(Insight{"space.scan", Kind::space, Severity::info, "No storage analysis yet", detail, std::nullopt,
                           std::nullopt, Destination::space, "Analyze"});
 }
 

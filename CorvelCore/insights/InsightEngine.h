@@ -10,6 +10,7 @@
 #pragma once
 
 #include "accounting/SnapshotShare.h"
+#include "common/Platform.h"
 #include "diagnostics/DeviceTopology.h"
 #include "diagnostics/DiagnosticReport.h"
 #include "docker/DockerInventory.h"
@@ -46,6 +47,7 @@ struct Input {
     std::vector<VerifiedMigration> verifiedMigrations;
     std::vector<std::string> credentialsInTrash;
     std::vector<SnapshotShare> snapshotShares;  // volumes whose snapshots have a known size
+    Platform platform = Platform::macos;        // whose file systems the texts speak of
 };
 
 // Every insight that fires, most severe first, then largest first; ties keep rule order.

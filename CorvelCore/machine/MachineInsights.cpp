@@ -13,6 +13,7 @@ MachineInsights MachineInsights::of(Machine& machine, const StorageSnapshot& sna
     InsightEngine::Input input;
     input.snapshot = snapshot;
     input.report = report;
+    input.platform = machine.platform();
 
     const auto reading = docker ? *docker : DockerReading::read(machine, snapshot);
     if (reading.inventory) input.docker = reading.inventory;
