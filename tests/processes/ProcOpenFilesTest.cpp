@@ -15,7 +15,9 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <fstream>
 
 namespace corvel {
@@ -77,6 +79,27 @@ TEST(ProcOpenFiles, FindsAChildsFilesAndThisProcesssOwn) {
                 Contains(AllOf(Field(&ProcessUsage::pid, currentProcessID()), Field(&ProcessUsage::path, ours))));
     EXPECT_THAT(usages, Not(Contains(Field(&ProcessUsage::path, elsewhere))));
     EXPECT_THAT(lister.usages(folder.path("no-such-thing")), ::testing::IsEmpty());
+}
+
+// A listing long enough to be read on two threads still finds every process once, in pid order.
+TEST(ProcOpenFiles, ABusyMachinesListingIsReadWhole) {
+    testing::TemporaryFolder folder;
+    std::vector<std::unique_ptr<testing::ChildProcess>> children;
+    for (int i = 0; i < 200; ++i)
+        children.push_back(std::make_unique<testing::ChildProcess>(
+            std::vector<std::string>{"/bin/sh", "-c", "cd \"$0\" && exec sleep 30", folder.path()}));
+    ProcOpenFiles lister;
+    std::vector<std::int32_t> pids;
+    ASSERT_TRUE(testing::eventually([&] {
+        pids.clear();
+        for (const auto& usage : lister.usages(folder.path()))
+            if (usage.kind == ProcessUsage::Kind::workingDirectory) pids.push_back(usage.pid);
+        return pids.size() >= children.size();
+    }));
+    std::vector<std::int32_t> expected;
+    for (const auto& child : children) expected.push_back(static_cast<std::int32_t>(child->pid()));
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(pids, expected);
 }
 
 // The mount point holding `path`: the highest folder above it still on its device.
