@@ -44,50 +44,36 @@ bool holdsFileIn(pid_t pid, const std::string& folder) {
 TEST(BenchCommand, AsksForConsentAndChecksOptionsBeforeWriting) {
     TemporaryFolder folder;
     ASSERT_EQ(velmora({"consent", "withdraw"}).status, 0);
-    const Outcome refused = velmora(bench(folder.path()));
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_THAT(refused.err, HasSubstr("benchmark"));
+    EXPECT_TRUE(failsWith(velmora(bench(folder.path())), 1, "benchmark"));
 
     ASSERT_EQ(velmora({"consent", "accept", "--scope", "benchmark"}).status, 0);
-    struct Case {
-        std::vector<std::string> arguments;
-        int status;
-        std::string says;
-    };
-    for (const Case& c :
-         {Case{bench(folder.path(), {"--size", "lots"}), 2, "--size 'lots'"},
-          Case{bench(folder.path(), {"--seconds", "0"}), 2, "seconds per test"},
-          Case{bench(folder.path(), {"--size", "1000"}), 2, "too small"}, Case{{"bench"}, 2, "needs a PATH"},
-          Case{bench(folder.path("missing")), 1, folder.path("missing")},
-          Case{bench(folder.path(), {"--size", "1000TiB"}), 1, "free; the benchmark needs"}}) {
-        const Outcome outcome = velmora(c.arguments);
-        EXPECT_EQ(outcome.status, c.status) << c.arguments.back() << ": " << outcome.err;
-        EXPECT_THAT(outcome.err, HasSubstr(c.says));
-    }
+    const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases{
+        {bench(folder.path(), {"--size", "lots"}), 2, "--size 'lots'"},
+        {bench(folder.path(), {"--seconds", "0"}), 2, "seconds per test"},
+        {bench(folder.path(), {"--size", "1000"}), 2, "too small"},
+        {{"bench"}, 2, "needs a PATH"},
+        {bench(folder.path("missing")), 1, folder.path("missing")},
+        {bench(folder.path(), {"--size", "1000TiB"}), 1, "free; the benchmark needs"}};
+    for (const auto& [arguments, status, says] : cases) EXPECT_TRUE(failsWith(velmora(arguments), status, says));
     EXPECT_TRUE(isEmptyFolder(folder.path()));
 }
 
 TEST(BenchCommand, ARunPrintsEveryTestAndIsKeptInTheHistory) {
     TemporaryFolder folder;
     ASSERT_EQ(velmora({"consent", "accept", "--scope", "benchmark"}).status, 0);
-    const Outcome json = velmora([&] {
-        auto arguments = bench(folder.path());
-        arguments.insert(arguments.begin(), "--json");
-        return arguments;
-    }());
+    auto arguments = bench(folder.path());
+    arguments.insert(arguments.begin(), "--json");
+    const Outcome json = velmora(arguments);
     ASSERT_EQ(json.status, 0) << json.err;
     const Json run = Json::parse(json.out);
     EXPECT_THAT(run.at("results"), SizeIs(8));
-    EXPECT_EQ(run.at("results").at(4).at("name"), "RND4K Q32 read");
-    EXPECT_GT(run.at("results").at(4).at("iops").get<double>(), 0);
     EXPECT_EQ(run.at("fileBytes"), 8 << 20);
     EXPECT_TRUE(isEmptyFolder(folder.path()));
 
     const Outcome text = velmora(bench(folder.path()), {"NO_COLOR=1"});
     ASSERT_EQ(text.status, 0) << text.err;
     EXPECT_THAT(lineWith(text.out, "TEST"), AllOf(HasSubstr("MB/S"), HasSubstr("IOPS"), HasSubstr("P99.9")));
-    EXPECT_THAT(text.out,
-                AllOf(HasSubstr("SEQ1M Q8 write"), HasSubstr("RND4K Q1 write"), HasSubstr("8.4 MB test file")));
+    EXPECT_THAT(text.out, HasSubstr("8.4 MB test file"));
 
     const Outcome history = velmora({"--json", "bench", "--history", folder.path()});
     ASSERT_EQ(history.status, 0) << history.err;

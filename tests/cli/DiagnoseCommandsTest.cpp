@@ -1,42 +1,26 @@
 // `velmora diagnose`, `health` and `settings`, driven through the real binary on recorded machines
 // with a temporary data folder, as a person (or a script reading --json) would use them.
 #include "cli/VelmoraProcess.h"
+#include "common/AtomicFile.h"
 #include "common/Json.h"
 #include "support/Golden.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
 
+namespace corvel {
 namespace {
 
-namespace fs = std::filesystem;
-using corvel::Json;
-using corvel::clitest::machine;
-using corvel::clitest::Outcome;
+using clitest::machine;
+using ::testing::HasSubstr;
+using ::testing::SizeIs;
 
 class VelmoraCommands : public ::testing::Test {
 protected:
-    // Runs velmora without colour and with the test's private data folder.
-    Outcome run(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {"--data-dir", dataDir_.path()});
-        return corvel::clitest::velmora(arguments, {"NO_COLOR=1"});
-    }
-
-    Json runJson(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), "--json");
-        const auto outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 0) << outcome.err;
-        return Json::parse(outcome.out);
-    }
-
-    fs::path settingsFile() const { return dataDir_.root() / "settings.json"; }
-
-    corvel::clitest::TemporaryFolder dataDir_;
+    std::string settingsFile() const { return box_.path("data/settings.json"); }
+    clitest::Sandbox box_;
 };
 
 // What a person reads, line by line, in one reviewed file: diagnose lists each finding with its
@@ -48,114 +32,66 @@ TEST_F(VelmoraCommands, TextOutputsMatchTheReviewedCopy) {
     for (const auto& [name, command] :
          {std::pair{"mac-mini-flaky-tools", "diagnose"}, std::pair{"macbook-air-m2", "health"},
           std::pair{"mac-mini-flaky-tools", "status"}}) {
-        const auto outcome = run({"--replay", machine(name), command});
+        const auto outcome = box_.run({"--replay", machine(name), command});
         ASSERT_EQ(outcome.status, 0) << outcome.err;
-        rendered[std::string(command) + " " + name] = corvel::clitest::outputLines(outcome.out, machine(name));
+        rendered[std::string(command) + " " + name] = clitest::outputLines(outcome.out, machine(name));
     }
-    corvel::testing::expectGolden("cli/text-outputs.json", rendered);
+    testing::expectGolden("cli/text-outputs.json", rendered);
 }
 
-TEST_F(VelmoraCommands, DiagnoseJsonIsTheReportInReportOrder) {
-    const auto report = runJson({"--replay", machine("mac-mini-flaky-tools"), "diagnose"});
-    EXPECT_EQ(report["generatedAt"], "2026-11-03T08:05:00Z");
-    ASSERT_TRUE(report["findings"].is_array());
-    ASSERT_FALSE(report["findings"].empty());
-    int previous = 3;
-    for (const auto& finding : report["findings"]) {
-        EXPECT_LE(finding["severity"].get<int>(), previous);
-        previous = finding["severity"].get<int>();
-        EXPECT_TRUE(finding["subject"].contains("disk") || finding["subject"].contains("volume")) << finding.dump();
-    }
+TEST_F(VelmoraCommands, JsonIsOneDocumentPerCommand) {
+    EXPECT_EQ(box_.json({"--replay", machine("mac-mini-flaky-tools"), "diagnose"})["generatedAt"],
+              "2026-11-03T08:05:00Z");
+    EXPECT_EQ(box_.json({"--replay", machine("macbook-air-m2"), "health"})[0]["dimension"], "physical");
+    const auto status = box_.json({"--replay", machine("mac-mini-flaky-tools"), "status"});
+    EXPECT_THAT(status["report"]["findings"], SizeIs(4));
+    EXPECT_THAT(status["health"], SizeIs(5));
+    EXPECT_TRUE(status.contains("snapshot"));
 }
 
-TEST_F(VelmoraCommands, HealthJsonListsTheFiveDimensions) {
-    const auto health = runJson({"--replay", machine("macbook-air-m2"), "health"});
-    ASSERT_TRUE(health.is_array());
-    ASSERT_EQ(health.size(), 5u);
-    EXPECT_EQ(health[0]["dimension"], "physical");
-    EXPECT_EQ(health[3]["status"], "normal");
-}
+TEST_F(VelmoraCommands, SettingsSetIsSavedAndUsedByDiagnoseAndHealth) {
+    const auto shown = box_.run({"settings"});
+    ASSERT_EQ(shown.status, 0) << shown.err;
+    EXPECT_THAT(shown.out, HasSubstr(settingsFile()));
+    EXPECT_THAT(shown.out, HasSubstr("thresholds.warningFreeFraction"));
+    EXPECT_FALSE(std::filesystem::exists(settingsFile()));
+    EXPECT_EQ(box_.json({"settings"})["settings"]["intervalMinutes"], 5);
 
-TEST_F(VelmoraCommands, SettingsShowDefaultsAndWhereTheyAreKept) {
-    const auto outcome = run({"settings"});
-    ASSERT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_NE(outcome.out.find(settingsFile().string()), std::string::npos);
-    EXPECT_NE(outcome.out.find("defaults"), std::string::npos);
-    EXPECT_NE(outcome.out.find("thresholds.warningFreeFraction"), std::string::npos);
-    EXPECT_FALSE(fs::exists(settingsFile()));
-
-    const auto json = runJson({"settings"});
-    EXPECT_EQ(json["file"], settingsFile().string());
-    EXPECT_EQ(json["settings"]["intervalMinutes"], 5);
-}
-
-TEST_F(VelmoraCommands, SettingsSetValidatesSavesAndIsUsedByDiagnose) {
     const std::vector<std::string> diagnose{"--replay", machine("macbook-air-m2"), "diagnose"};
-    const auto before = runJson(diagnose);
-
-    const auto set = run({"settings", "set", "thresholds.warningFreeFraction", "0.9"});
+    const auto before = box_.json(diagnose)["findings"].size();
+    const auto set = box_.run({"settings", "set", "thresholds.warningFreeFraction", "0.9"});
     ASSERT_EQ(set.status, 0) << set.err;
-    EXPECT_NE(set.out.find("thresholds.warningFreeFraction = 0.9"), std::string::npos) << set.out;
-    ASSERT_TRUE(fs::exists(settingsFile()));
-    EXPECT_EQ(runJson({"settings"})["settings"]["thresholds"]["warningFreeFraction"], 0.9);
+    EXPECT_THAT(set.out, HasSubstr("thresholds.warningFreeFraction = 0.9"));
+    EXPECT_EQ(box_.json({"settings"})["settings"]["thresholds"]["warningFreeFraction"], 0.9);
+    EXPECT_THAT(box_.run(diagnose).out, HasSubstr("Overall: Warning \u00B7 health score 80/100 \u00B7 2 warnings"));
+    EXPECT_GT(box_.json(diagnose)["findings"].size(), before);
 
-    const auto human = run(diagnose);
-    EXPECT_NE(human.out.find("Overall: Warning \u00B7 health score 80/100 \u00B7 2 warnings"), std::string::npos)
-        << human.out;
-
-    const auto after = runJson(diagnose);
-    EXPECT_GT(after["findings"].size(), before["findings"].size());
-    bool lowSpace = false;
-    for (const auto& finding : after["findings"]) lowSpace = lowSpace || finding["ruleID"] == "volume.freeSpace";
-    EXPECT_TRUE(lowSpace);
-}
-
-TEST_F(VelmoraCommands, SettingsSetRefusesUnknownKeysAndBadValuesWithExitTwo) {
-    const std::vector<std::vector<std::string>> refused{{"settings", "set", "intervalMinutez", "5"},
-                                                        {"settings", "set", "intervalMinutes", "soon"},
-                                                        {"settings", "set", "thresholds.criticalFreeFraction", "0.5"},
-                                                        {"settings", "set", "intervalMinutes"}};
-    for (const auto& arguments : refused) {
-        const auto outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 2) << ::testing::PrintToString(arguments);
-        EXPECT_EQ(outcome.err.rfind("velmora: ", 0), 0u) << outcome.err;
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-    }
-    EXPECT_NE(run({"settings", "set", "intervalMinutez", "5"}).err.find("'intervalMinutez'"), std::string::npos);
-    EXPECT_FALSE(fs::exists(settingsFile()));
-}
-
-TEST_F(VelmoraCommands, UnreadableSettingsAreReportedAndKept) {
-    std::ofstream(settingsFile()) << "{ not json";
-    const auto outcome = run({"settings"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.err.find("velmora: warning: settings file is unreadable"), std::string::npos) << outcome.err;
-    EXPECT_NE(outcome.out.find("defaults"), std::string::npos);
-    std::ifstream in(settingsFile());
-    std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(kept, "{ not json");
-
-    EXPECT_EQ(run({"settings", "set", "intervalMinutes", "7"}).status, 0);
-    EXPECT_EQ(runJson({"settings"})["settings"]["intervalMinutes"], 7);
-}
-
-TEST_F(VelmoraCommands, ExpectedVolumesFeedTheAvailabilityDimension) {
-    const auto set = run({"settings", "set", "expectedVolumes",
-                          R"([{"volumeID":"NOT-MOUNTED","name":"Work SSD","reason":"the workspace"}])"});
-    ASSERT_EQ(set.status, 0) << set.err;
-    const auto health = runJson({"--replay", machine("macbook-air-m2"), "health"});
-    EXPECT_EQ(health[4]["dimension"], "availability");
+    ASSERT_EQ(box_.run({"settings", "set", "expectedVolumes",
+                        R"([{"volumeID":"NOT-MOUNTED","name":"Work SSD","reason":"the workspace"}])"})
+                  .status,
+              0);
+    const auto health = box_.json({"--replay", machine("macbook-air-m2"), "health"});
     EXPECT_EQ(health[4]["status"], "critical");
     EXPECT_EQ(health[4]["summary"], "Work SSD is not connected");
 }
 
-TEST_F(VelmoraCommands, StatusJsonHoldsSnapshotReportAndHealth) {
-    const auto document = runJson({"--replay", machine("mac-mini-flaky-tools"), "status"});
-    ASSERT_TRUE(document.contains("snapshot"));
-    ASSERT_TRUE(document.contains("report"));
-    ASSERT_TRUE(document.contains("health"));
-    EXPECT_EQ(document["report"]["findings"].size(), 4u);
-    EXPECT_EQ(document["health"].size(), 5u);
+TEST_F(VelmoraCommands, SettingsSetRefusesUnknownKeysAndBadValuesAndUnreadableSettingsAreKept) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> refused{
+        {{"settings", "set", "intervalMinutez", "5"}, "'intervalMinutez'"},
+        {{"settings", "set", "intervalMinutes", "soon"}, "velmora: "},
+        {{"settings", "set", "thresholds.criticalFreeFraction", "0.5"}, "velmora: "},
+        {{"settings", "set", "intervalMinutes"}, "velmora: "}};
+    for (const auto& [arguments, needle] : refused) EXPECT_TRUE(clitest::failsWith(box_.run(arguments), 2, needle));
+    EXPECT_FALSE(std::filesystem::exists(settingsFile()));
+
+    box_.write("data/settings.json", "{ not json");
+    const auto outcome = box_.run({"settings"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.err, HasSubstr("velmora: warning: settings file is unreadable"));
+    EXPECT_EQ(AtomicFile::read(settingsFile()), "{ not json");
+    EXPECT_EQ(box_.run({"settings", "set", "intervalMinutes", "7"}).status, 0);
+    EXPECT_EQ(box_.json({"settings"})["settings"]["intervalMinutes"], 7);
 }
 
 }  // namespace
+}  // namespace corvel

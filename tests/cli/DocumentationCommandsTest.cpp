@@ -6,9 +6,8 @@
 #include "CommandLineShape.h"
 #include "ManPage.h"
 #include "cli/VelmoraProcess.h"
+#include "common/AtomicFile.h"
 
-#include <cstdlib>
-#include <fstream>
 #include <regex>
 #include <sstream>
 
@@ -24,7 +23,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 bool installed(const std::string& tool) {
-    return std::system(("command -v " + tool + " >/dev/null 2>&1").c_str()) == 0;
+    return clitest::shell("command -v " + tool).status == 0;
 }
 
 // The commands a help text lists under Subcommands, as people read them.
@@ -51,13 +50,7 @@ std::vector<std::string> everyCommandName() {
 // Runs `script` as a shell program; stdout and stderr together, and the exit status.
 clitest::Outcome shell(const std::string& program, const std::string& script) {
     clitest::TemporaryFolder folder;
-    const std::string file = folder.write("script", script);
-    clitest::Outcome outcome;
-    const std::string output = folder.path("output");
-    outcome.status = std::system((program + " '" + file + "' >'" + output + "' 2>&1").c_str());
-    std::ifstream in(output);
-    outcome.out.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return outcome;
+    return clitest::shell(program + " '" + folder.write("script", script) + "'");
 }
 
 TEST(Completion, EveryScriptNamesEveryCommandAndPassesItsShellsSyntaxCheck) {
@@ -162,11 +155,11 @@ TEST(ManPage, RendersWithoutWarningsAndDescribesEveryCommandAndOption) {
     if (!installed("groff")) GTEST_SKIP() << "groff is not installed";
     clitest::TemporaryFolder folder;
     const std::string file = folder.write("velmora.1", page.out);
-    const auto rendered = shell("sh", "groff -man -Tutf8 -P-cbou -ww '" + file + "' 2>&1 >'" + folder.path("out") + "'");
+    const auto rendered =
+        clitest::shell("groff -man -Tutf8 -P-cbou -ww '" + file + "' 2>&1 >'" + folder.path("out") + "'");
     EXPECT_EQ(rendered.status, 0);
     EXPECT_THAT(rendered.out, IsEmpty()) << "groff warned";
-    std::ifstream in(folder.path("out"));
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string text = AtomicFile::read(folder.path("out")).value_or("");
     for (const auto& command : everyCommandName()) EXPECT_THAT(text, HasSubstr(command));
 }
 

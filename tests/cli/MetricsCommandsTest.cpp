@@ -8,12 +8,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-
-extern char** environ;
-
 namespace corvel::clitest {
 namespace {
 
@@ -25,38 +19,12 @@ const std::string promtoolPath = "/usr/bin/promtool";
 const std::filesystem::path rulesFolder =
     std::filesystem::path(testing::fixturePath("")) / ".." / ".." / "contrib" / "prometheus";
 
-struct Checked {
-    int status = -1;
-    std::string output;
-};
-
-// promtool with `input` as its standard input (check metrics reads nothing else) and its
-// output and errors kept together.
-Checked promtool(const std::vector<std::string>& arguments, const std::filesystem::path& input,
+// promtool with `input` as its standard input (check metrics reads nothing else), run in
+// `workingFolder`; its output and errors together.
+Outcome promtool(const std::string& arguments, const std::filesystem::path& input,
                  const std::filesystem::path& workingFolder = ".") {
-    TemporaryFolder scratch;
-    const auto output = scratch.root() / "output";
-    std::vector<std::string> words{promtoolPath};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (auto& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_adddup2(&actions, 1, 2);
-    posix_spawn_file_actions_addchdir_np(&actions, workingFolder.c_str());
-    pid_t pid = 0;
-    const int error = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    Checked result;
-    if (error != 0) return result;
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.output = AtomicFile::read(output).value_or("");
-    return result;
+    return shell("cd '" + workingFolder.string() + "' && " + promtoolPath + " " + arguments + " <'" + input.string() +
+                 "'");
 }
 
 bool havePromtool() {
@@ -69,8 +37,8 @@ std::string checkedMetrics(const std::string& machineFolder) {
     const auto outcome = velmora({"--replay", machineFolder, "--data-dir", folder.path("data"), "metrics"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     const auto file = folder.write("metrics.prom", outcome.out);
-    const auto checked = promtool({"check", "metrics"}, file);
-    EXPECT_EQ(checked.status, 0) << machineFolder << ":\n" << checked.output << "\n" << outcome.out;
+    const auto checked = promtool("check metrics", file);
+    EXPECT_EQ(checked.status, 0) << machineFolder << ":\n" << checked.out << "\n" << outcome.out;
     return outcome.out;
 }
 
@@ -135,8 +103,8 @@ TEST(MetricsCommands, TheAgentWritesTheTextfileEachCycleFromTheOptionOrTheSettin
     const auto byOption = textfiles.makeFolder("option");
     EXPECT_EQ(run({"--textfile-dir", byOption}).status, 0);
     const auto file = std::filesystem::path(byOption) / "velmora.prom";
-    const auto checked = promtool({"check", "metrics"}, file);
-    EXPECT_EQ(checked.status, 0) << checked.output;
+    const auto checked = promtool("check metrics", file);
+    EXPECT_EQ(checked.status, 0) << checked.out;
     EXPECT_THAT(*AtomicFile::read(file), HasSubstr("velmora_agent_last_cycle_timestamp_seconds "));
 
     const auto bySetting = textfiles.makeFolder("setting");
@@ -151,12 +119,12 @@ TEST(MetricsCommands, TheAgentWritesTheTextfileEachCycleFromTheOptionOrTheSettin
 
 TEST(MetricsCommands, AlertRulesAreValidAndPassTheirUnitTests) {
     if (!havePromtool()) GTEST_SKIP() << "promtool is not installed (scripts/install-deps installs it)";
-    const auto rules = promtool({"check", "rules", "velmora-alerts.yml"}, "/dev/null", rulesFolder);
-    EXPECT_EQ(rules.status, 0) << rules.output;
-    EXPECT_THAT(rules.output, HasSubstr("SUCCESS: 6 rules found"));
-    const auto tests = promtool({"test", "rules", "velmora-alerts.test.yml"}, "/dev/null", rulesFolder);
-    EXPECT_EQ(tests.status, 0) << tests.output;
-    EXPECT_THAT(tests.output, Not(HasSubstr("FAILED")));
+    const auto rules = promtool("check rules velmora-alerts.yml", "/dev/null", rulesFolder);
+    EXPECT_EQ(rules.status, 0) << rules.out;
+    EXPECT_THAT(rules.out, HasSubstr("SUCCESS: 6 rules found"));
+    const auto tests = promtool("test rules velmora-alerts.test.yml", "/dev/null", rulesFolder);
+    EXPECT_EQ(tests.status, 0) << tests.out;
+    EXPECT_THAT(tests.out, Not(HasSubstr("FAILED")));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "cli/VelmoraProcess.h"
 #include "command/CommandError.h"
 #include "command/ProcessCommandRunner.h"
+#include "common/AtomicFile.h"
 #include "common/Json.h"
 
 #include <unistd.h>
@@ -16,8 +17,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <regex>
@@ -42,16 +41,12 @@ std::optional<std::string> findBrowser() {
     if (const char* chosen = std::getenv("VELMORA_TEST_BROWSER"); chosen && *chosen) return std::string(chosen);
     const char* path = std::getenv("PATH");
     std::istringstream folders(path ? path : "/usr/bin:/bin");
-    std::vector<std::string> candidates;
-    for (std::string folder; std::getline(folders, folder, ':');) {
+    for (std::string folder; std::getline(folders, folder, ':');)
         for (const char* name : {"chromium", "chromium-browser", "google-chrome", "google-chrome-stable"})
-            candidates.push_back(folder + "/" + name);
-    }
-    candidates.emplace_back("/Applications/Google Chrome.app/Contents/MacOS/Google Chrome");
-    candidates.emplace_back("/Applications/Chromium.app/Contents/MacOS/Chromium");
-    for (const auto& candidate : candidates) {
-        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
-    }
+            if (::access((folder + "/" + name).c_str(), X_OK) == 0) return folder + "/" + name;
+    for (const char* bundle : {"/Applications/Google Chrome.app/Contents/MacOS/Google Chrome",
+                               "/Applications/Chromium.app/Contents/MacOS/Chromium"})
+        if (::access(bundle, X_OK) == 0) return std::string(bundle);
     return std::nullopt;
 }
 
@@ -99,15 +94,11 @@ struct BrowserView {
     Json data;        // the page's own data block
 };
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// Loads `page` once in `browser`: the DOM after the scripts ran, and a screenshot in `screenshot`.
-BrowserView openInBrowser(const std::string& browser, const std::string& page, const std::string& screenshot) {
+// Loads `page` once in `browser`: the DOM after the scripts ran, and a screenshot `name`.png.
+BrowserView openInBrowser(const std::string& browser, const std::string& page, const std::string& name) {
+    const std::string screenshot = std::string(CORVEL_BROWSER_OUTPUT_DIR) + "/" + name + ".png";
     clitest::TemporaryFolder scratch;
-    std::string html = readFile(page);
+    std::string html = AtomicFile::read(page).value_or("");
     const auto end = html.rfind("</body>");
     if (end == std::string::npos) throw std::runtime_error(page + " has no </body>");
     html.insert(end, measuringScript);
@@ -136,10 +127,6 @@ BrowserView openInBrowser(const std::string& browser, const std::string& page, c
     return view;
 }
 
-std::string shotPath(const std::string& name) {
-    return std::string(CORVEL_BROWSER_OUTPUT_DIR) + "/" + name + ".png";
-}
-
 // Every visible tile is one child of the tree's root, and its share of the drawn area is its
 // share of the bytes (within rounding of the coordinates).
 void expectTreemapProportionalToBytes(const BrowserView& view) {
@@ -148,20 +135,17 @@ void expectTreemapProportionalToBytes(const BrowserView& view) {
         EXPECT_THAT(tiles, IsEmpty());
         return;
     }
-    const Json& children = view.data["space"]["tree"]["children"];
-    std::vector<std::string> expectedPaths, drawnPaths;
-    double totalBytes = 0;
     std::map<std::string, double> bytesOf;
-    for (const auto& child : children) {
-        expectedPaths.push_back(child["path"]);
-        bytesOf[child["path"].get<std::string>()] = child["allocatedBytes"].get<double>();
-        totalBytes += child["allocatedBytes"].get<double>();
-    }
-    double totalArea = 0;
+    double totalBytes = 0, totalArea = 0;
+    for (const auto& child : view.data["space"]["tree"]["children"])
+        totalBytes += bytesOf[child["path"].get<std::string>()] = child["allocatedBytes"].get<double>();
+    std::vector<std::string> drawnPaths;
     for (const auto& tile : tiles) {
         drawnPaths.push_back(tile["path"]);
         totalArea += tile["width"].get<double>() * tile["height"].get<double>();
     }
+    std::vector<std::string> expectedPaths;
+    for (const auto& [path, bytes] : bytesOf) expectedPaths.push_back(path);
     ASSERT_THAT(drawnPaths, UnorderedElementsAreArray(expectedPaths));
     ASSERT_GT(totalArea, 0);
     for (const auto& tile : tiles) {
@@ -180,7 +164,9 @@ void expectSelfContained(const BrowserView& view, int ownScripts) {
     EXPECT_EQ(view.figures["scripts"], ownScripts + 1);  // and the measuring one
 }
 
-std::vector<std::string> column(const Json& rows, std::size_t index) {
+// One cell (by position or by key) of every row.
+template <class Key>
+std::vector<std::string> column(const Json& rows, Key index) {
     std::vector<std::string> values;
     for (const auto& row : rows) values.push_back(row.at(index));
     return values;
@@ -194,7 +180,8 @@ protected:
         browser_ = *found;
     }
 
-    std::string writeReport(const std::string& machineName, std::vector<std::string> extra) {
+    // The report of the recorded machine `machineName` (and `extra` arguments) as `name` drew it.
+    BrowserView open(const std::string& machineName, std::vector<std::string> extra, const std::string& name) {
         const std::string page = folder_.path(machineName + ".html");
         std::vector<std::string> arguments{
             "--data-dir", folder_.makeFolder("data"), "--replay", clitest::machine(machineName), "report", "--html",
@@ -202,7 +189,7 @@ protected:
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         const auto outcome = clitest::velmora(arguments);
         if (outcome.status != 0) throw std::runtime_error("velmora report failed: " + outcome.err);
-        return page;
+        return openInBrowser(browser_, page, name);
     }
 
     std::string browser_;
@@ -210,16 +197,14 @@ protected:
 };
 
 TEST_F(ReportInBrowser, RecordedMachineShowsItsDisksVolumesAndDockerAndLoadsNothing) {
-    const std::string page = writeReport("linux-docker-engine", {});
-    const BrowserView view = openInBrowser(browser_, page, shotPath("linux-docker-engine"));
+    const BrowserView view = open("linux-docker-engine", {}, "linux-docker-engine");
 
     const Json& tables = view.figures.at("tables");
-    std::vector<std::string> disks, volumes;
-    for (const auto& disk : view.data.at("snapshot").at("disks")) disks.push_back(disk["id"]);
-    for (const auto& volume : view.data.at("snapshot").at("volumes")) volumes.push_back(volume["name"]);
+    const auto disks = column(view.data.at("snapshot").at("disks"), "id");
     ASSERT_THAT(disks, Not(IsEmpty()));
     EXPECT_THAT(column(tables.at("table-0"), 0), ElementsAreArray(disks));
-    EXPECT_THAT(column(tables.at("table-1"), 0), ElementsAreArray(volumes));
+    EXPECT_THAT(column(tables.at("table-1"), 0),
+                ElementsAreArray(column(view.data.at("snapshot").at("volumes"), "name")));
     // The Docker disk usage lines: images, containers, volumes and build cache.
     EXPECT_THAT(tables.at("table-2"), SizeIs(view.data.at("docker").at("diskUsage").size()));
     EXPECT_THAT(view.dom, AllOf(::testing::HasSubstr("<h2>Docker</h2>"), ::testing::HasSubstr("<h2>Health</h2>")));
@@ -240,8 +225,7 @@ TEST_F(ReportInBrowser, ScannedTreeDrawsOneTilePerNodeListsFilesAndShowsHostileN
     folder_.write("tree/copies/two.bin", duplicate);
     const std::string root = folder_.path("tree");
 
-    const std::string page = writeReport("linux-workstation", {root});
-    const BrowserView view = openInBrowser(browser_, page, shotPath("scanned-tree"));
+    const BrowserView view = open("linux-workstation", {root}, "scanned-tree");
 
     expectTreemapProportionalToBytes(view);
     EXPECT_THAT(view.figures["tiles"], SizeIs(7u));  // media, code, copies, the four loose files
@@ -255,10 +239,9 @@ TEST_F(ReportInBrowser, ScannedTreeDrawsOneTilePerNodeListsFilesAndShowsHostileN
     const auto listed = column(view.figures.at("tables").at("largest-files"), 0);
     EXPECT_THAT(listed, SizeIs(files.size() + 2));
     for (const auto& name : shown) EXPECT_THAT(listed, Contains(name));
-    std::vector<std::string> titles;
-    for (const auto& tile : view.figures["tiles"]) titles.push_back(tile["title"]);
-    EXPECT_THAT(titles, AllOf(Contains(::testing::StartsWith(root + "/\"quoted\" 'name'.txt\n")),
-                              Contains(::testing::StartsWith(root + "/<b>bold<\n"))));
+    EXPECT_THAT(column(view.figures["tiles"], "title"),
+                AllOf(Contains(::testing::StartsWith(root + "/\"quoted\" 'name'.txt\n")),
+                      Contains(::testing::StartsWith(root + "/<b>bold<\n"))));
 
     const Json& duplicates = view.figures.at("tables").at("duplicates");
     ASSERT_THAT(duplicates, SizeIs(1));

@@ -1,18 +1,18 @@
 #include "cli/VelmoraProcess.h"
 
+#include "common/AtomicFile.h"
 #include "consent/ConsentChoices.h"
 #include "consent/ConsentLedger.h"
 
 #include <fcntl.h>
-#include <poll.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -42,79 +42,42 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
     return pointers;
 }
 
-// Reads both pipes until the child closes them; draining them together keeps a child that
-// writes much to one stream from blocking while the other is being read.
-void drain(int outFd, int errFd, std::string& out, std::string& err) {
-    std::array<pollfd, 2> fds{{{outFd, POLLIN, 0}, {errFd, POLLIN, 0}}};
-    std::array<std::string*, 2> sinks{&out, &err};
-    std::array<char, 4096> buffer{};
-    int open = 2;
-    while (open > 0) {
-        if (::poll(fds.data(), fds.size(), -1) < 0) {
-            if (errno == EINTR) continue;
-            break;
-        }
-        for (std::size_t i = 0; i < fds.size(); ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0) continue;
-            const ssize_t got = ::read(fds[i].fd, buffer.data(), buffer.size());
-            if (got > 0) {
-                sinks[i]->append(buffer.data(), static_cast<std::size_t>(got));
-            } else if (got == 0 || errno != EINTR) {
-                ::close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
-            }
-        }
-    }
-    for (const auto& fd : fds)
-        if (fd.fd >= 0) ::close(fd.fd);
-}
-
 }  // namespace
 
 Outcome velmora(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
                 Streams streams) {
-    // Everything the child needs is built before fork, which leaves it only async-signal-safe calls.
+    // The streams go to files rather than pipes: nothing to drain while the child runs.
+    TemporaryFolder folder;
+    const std::string out = folder.path("out");
+    const std::string err = folder.path("err");
     std::vector<std::string> words{CORVEL_VELMORA_BINARY};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> variables = environmentWith(environment);
     const std::vector<char*> argv = pointersTo(words);
     const std::vector<char*> envp = pointersTo(variables);
 
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (streams == Streams::merged)
+        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    else
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t child = -1;
+    const int failed = ::posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), envp.data());
+    posix_spawn_file_actions_destroy(&actions);
     Outcome outcome;
-    int outPipe[2];
-    int errPipe[2];
-    if (::pipe2(outPipe, O_CLOEXEC) != 0) {
-        outcome.err = std::string("cannot make a pipe: ") + std::strerror(errno);
+    if (failed != 0) {
+        outcome.err = std::string("cannot start velmora: ") + std::strerror(failed);
         return outcome;
     }
-    if (::pipe2(errPipe, O_CLOEXEC) != 0) {
-        outcome.err = std::string("cannot make a pipe: ") + std::strerror(errno);
-        ::close(outPipe[0]);
-        ::close(outPipe[1]);
-        return outcome;
-    }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(outPipe[1], STDOUT_FILENO);
-        ::dup2(streams == Streams::merged ? outPipe[1] : errPipe[1], STDERR_FILENO);
-        ::execve(argv[0], argv.data(), envp.data());
-        ::_exit(127);
-    }
-    ::close(outPipe[1]);
-    ::close(errPipe[1]);
-    if (child < 0) {
-        outcome.err = std::string("cannot start velmora: ") + std::strerror(errno);
-        ::close(outPipe[0]);
-        ::close(errPipe[0]);
-        return outcome;
-    }
-    drain(outPipe[0], errPipe[0], outcome.out, outcome.err);
     int raw = 0;
-    while (::waitpid(child, &raw, 0) < 0) {
+    while (::waitpid(child, &raw, 0) < 0)
         if (errno != EINTR) return outcome;
-    }
     outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    outcome.out = AtomicFile::read(out).value_or("");
+    outcome.err = AtomicFile::read(err).value_or("");
     return outcome;
 }
 
@@ -162,6 +125,53 @@ void grantConsent(const std::vector<ConsentScope>& scopes, const std::string& da
     ledger.record(ConsentRecord::Action::accepted, ConsentChoices::forAcceptance(scopes), VELMORA_VERSION,
                   currentTime());
     ledger.save(path);
+}
+
+Sandbox::Sandbox() {
+    folder.makeFolder("data");
+    folder.makeFolder("home");
+}
+
+std::string Sandbox::path(const std::string& relative) const {
+    return std::filesystem::weakly_canonical(folder.path(relative)).string();
+}
+
+Outcome Sandbox::run(std::vector<std::string> arguments, const std::vector<std::string>& environment) const {
+    arguments.insert(arguments.begin(), {"--data-dir", path("data")});
+    std::vector<std::string> variables = environment;
+    for (const std::string& fallback : {"HOME=" + path("home"), std::string("NO_COLOR=1")}) {
+        const auto name = fallback.substr(0, fallback.find('=') + 1);
+        bool given = false;
+        for (const auto& each : environment) given = given || each.rfind(name, 0) == 0;
+        if (!given) variables.push_back(fallback);
+    }
+    return velmora(arguments, variables);
+}
+
+Json Sandbox::json(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "--json");
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return Json::parse(outcome.out);
+}
+
+Outcome shell(const std::string& command) {
+    TemporaryFolder folder;
+    const std::string output = folder.path("output");
+    Outcome outcome;
+    const int raw = std::system(("{ " + command + "\n} >'" + output + "' 2>&1").c_str());
+    outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    outcome.out = AtomicFile::read(output).value_or("");
+    return outcome;
+}
+
+::testing::AssertionResult failsWith(const Outcome& outcome, int status, const std::string& needle) {
+    const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
+    if (outcome.status == status && lines == 1 && outcome.err.find(needle) != std::string::npos)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "expected exit " << status << " and one line with '" << needle
+                                         << "', got exit " << outcome.status << " and:\n"
+                                         << outcome.err;
 }
 
 }  // namespace corvel::clitest

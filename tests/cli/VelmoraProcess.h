@@ -8,6 +8,8 @@
 #include "consent/ConsentScope.h"
 #include "support/TemporaryFolder.h"
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -50,5 +52,32 @@ Json outputLines(std::string text, const std::string& machineFolder = "");
 void grantConsent(const std::vector<ConsentScope>& scopes, const std::string& dataFolder = "");
 
 using testing::TemporaryFolder;
+
+// A test's own folder with "data" and "home" inside: `run` starts velmora with its data folder
+// there, HOME there and no colour (`environment` entries win); `json` adds --json, expects exit 0
+// and parses what was printed.
+//
+//   Sandbox box;
+//   box.write("home/.cache/a.bin", "x");
+//   EXPECT_TRUE(failsWith(box.run({"scan", box.path("nowhere")}), 2, "nowhere"));
+class Sandbox {
+public:
+    Sandbox();
+    // `relative` inside the folder, symbolic links resolved as velmora prints paths.
+    std::string path(const std::string& relative = "") const;
+    std::string write(const std::string& relative, const std::string& contents) const {
+        return folder.write(relative, contents);
+    }
+    Outcome run(std::vector<std::string> arguments, const std::vector<std::string>& environment = {}) const;
+    Json json(std::vector<std::string> arguments) const;
+
+    TemporaryFolder folder;
+};
+
+// Runs `command` with /bin/sh: the exit status, and what it wrote to stdout and stderr together in `out`.
+Outcome shell(const std::string& command);
+
+// Whether velmora ended with `status` and said exactly one line on stderr that holds `needle`.
+::testing::AssertionResult failsWith(const Outcome& outcome, int status, const std::string& needle);
 
 }  // namespace corvel::clitest

@@ -86,7 +86,8 @@ TEST(ProcessCommandRunner, MegabytesOnBothPipesDoNotDeadlock) {
     EXPECT_EQ(output.size(), 6000000u);
     EXPECT_EQ(output.find_first_not_of('o'), std::string::npos);
 
-    const auto error = failureOf(60, "head -c 5000000 /dev/zero | tr '\\0' x; head -c 3000000 /dev/zero | tr '\\0' y >&2; exit 4");
+    const auto error =
+        failureOf(60, "head -c 5000000 /dev/zero | tr '\\0' x; head -c 3000000 /dev/zero | tr '\\0' y >&2; exit 4");
     EXPECT_EQ(error.status(), 4);
     EXPECT_EQ(error.text().size(), 3000000u);  // standard error wins over the larger output
 }

@@ -1,35 +1,27 @@
 #include "command/CommandError.h"
 #include "command/RecordedCommandRunner.h"
-#include "common/AtomicFile.h"
+#include "support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <unistd.h>
-
 using namespace corvel;
-namespace fs = std::filesystem;
+using ::testing::HasSubstr;
 
 namespace {
 class RecordedCommandRunnerTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder = fs::temp_directory_path() / ("velmora-recording-" + std::to_string(::getpid()) + "-" +
-                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
-    void write(const std::string& name, const std::string& text) { AtomicFile::write(folder / name, text); }
+    void write(const std::string& name, const std::string& text) { folder.write(name, text); }
     std::string loadError() {
         try {
-            RecordedCommandRunner::load(folder);
+            RecordedCommandRunner::load(folder.root());
         } catch (const RecordingError& error) {
             return error.what();
         }
         ADD_FAILURE() << "the recording loaded";
         return {};
     }
-    fs::path folder;
+    corvel::testing::TemporaryFolder folder;
 };
 
 CommandError errorOf(RecordedCommandRunner& runner, const std::string& exe, const std::vector<std::string>& args) {
@@ -53,7 +45,7 @@ TEST_F(RecordedCommandRunnerTest, ReplaysEveryRecordedOutcome) {
         {"executable": "/usr/sbin/diskutil", "arguments": ["info", "-plist", "disk5"], "timedOut": true},
         {"executable": "/usr/bin/docker", "arguments": ["info"], "launchError": "No such file or directory"}
       ]})");
-    auto runner = RecordedCommandRunner::load(folder);
+    auto runner = RecordedCommandRunner::load(folder.root());
     EXPECT_EQ(runner.run("/usr/sbin/diskutil", {"list", "-plist", "physical"}), "<plist/>");
     EXPECT_EQ(errorOf(runner, "/usr/sbin/diskutil", {"info", "-plist", "disk4"}),
               CommandError::failed(1, "Could not find disk: disk4"));
@@ -66,18 +58,15 @@ TEST_F(RecordedCommandRunnerTest, ReplaysEveryRecordedOutcome) {
 }
 
 TEST_F(RecordedCommandRunnerTest, BadRecordingsNameTheFile) {
-    EXPECT_NE(loadError().find("machine.json"), std::string::npos);  // missing
-
-    write("machine.json", "{ not json");
-    auto message = loadError();
-    EXPECT_NE(message.find("machine.json"), std::string::npos) << message;
-    EXPECT_NE(message.find("not valid JSON"), std::string::npos) << message;
-
-    write("machine.json", R"({"commands": [{"arguments": []}]})");
-    message = loadError();
-    EXPECT_NE(message.find("'executable'"), std::string::npos) << message;
-
-    write("machine.json", R"({"commands": [{"executable": "/x", "stdout": "gone.txt"}]})");
-    message = loadError();
-    EXPECT_NE(message.find("gone.txt"), std::string::npos) << message;
+    EXPECT_THAT(loadError(), HasSubstr("machine.json"));  // missing
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"{ not json", {"machine.json", "not valid JSON"}},
+        {R"({"commands": [{"arguments": []}]})", {"'executable'"}},
+        {R"({"commands": [{"executable": "/x", "stdout": "gone.txt"}]})", {"gone.txt"}},
+    };
+    for (const auto& [text, named] : cases) {
+        write("machine.json", text);
+        const auto message = loadError();
+        for (const auto& each : named) EXPECT_THAT(message, HasSubstr(each)) << text;
+    }
 }

@@ -33,6 +33,18 @@ ReleaseChannel channelWith(ScriptedRunner& runner, Platform platform = Platform:
     return channel->forPlatform(platform);
 }
 
+// The error `work` throws; a failure when it throws none.
+template <class Work>
+UpdateError updateErrorOf(Work&& work) {
+    try {
+        work();
+    } catch (const UpdateError& error) {
+        return error;
+    }
+    ADD_FAILURE() << "no UpdateError";
+    return UpdateError::failed("none");
+}
+
 TEST(SemVer, ComparesNumbersPositionByPosition) {
     const struct {
         const char* a;
@@ -127,13 +139,9 @@ TEST(ReleaseChannel, ParsesRecordedReleasesOfSeveralShapes) {
 
     for (const std::string& bad : {testing::readFixture("gh/release-rest-list-prerelease-and-stable-no-assets.json"),
                                    std::string("\"text\""), std::string("{cut off")}) {
-        try {
-            ReleaseChannel::parse(bad);
-            ADD_FAILURE() << "parsed " << bad.substr(0, 40);
-        } catch (const UpdateError& error) {
-            EXPECT_EQ(error.kind(), UpdateError::Kind::failed);
-            EXPECT_THAT(error.description(), HasSubstr("release description from gh"));
-        }
+        const auto error = updateErrorOf([&] { ReleaseChannel::parse(bad); });
+        EXPECT_EQ(error.kind(), UpdateError::Kind::failed);
+        EXPECT_THAT(error.description(), HasSubstr("release description from gh")) << bad.substr(0, 40);
     }
 }
 
@@ -160,16 +168,7 @@ TEST(ReleaseChannel, ClassifiesRecordedFailures) {
 
     ScriptedRunner runner;
     runner.answer(gh, view, CommandError::failed(1, "release not found"));
-    EXPECT_THROW(
-        {
-            try {
-                channelWith(runner).latest();
-            } catch (const UpdateError& error) {
-                EXPECT_EQ(error.description(), "No release published yet.");
-                throw;
-            }
-        },
-        UpdateError);
+    EXPECT_EQ(updateErrorOf([&] { channelWith(runner).latest(); }).description(), "No release published yet.");
 }
 
 TEST(UpdateCheck, AnnouncesANewerReleaseWithItsFirstNoteLines) {
@@ -252,13 +251,8 @@ TEST(ReleaseChannel, DownloadKeepsOnlyAPackageMatchingItsChecksum) {
             EXPECT_EQ(channel.download(download.release, target), packagePath);
             EXPECT_TRUE(fs::exists(packagePath));
         } else {
-            try {
-                channel.download(download.release, target);
-                ADD_FAILURE() << "accepted an unverified package";
-            } catch (const UpdateError& error) {
-                EXPECT_EQ(error.description(),
-                          "The downloaded package does not match its published checksum. It was not installed.");
-            }
+            EXPECT_EQ(updateErrorOf([&] { channel.download(download.release, target); }).description(),
+                      "The downloaded package does not match its published checksum. It was not installed.");
             EXPECT_FALSE(fs::exists(packagePath));
         }
     }
@@ -268,20 +262,13 @@ TEST(ReleaseChannel, DownloadFailsClearlyWithoutAPackageOrWhenGhSavesNothing) {
     testing::TemporaryFolder folder;
     ScriptedRunner runner;
     const auto channel = channelWith(runner);
-    try {
-        channel.download(releaseWith("v1", std::nullopt), folder.root());
-        ADD_FAILURE();
-    } catch (const UpdateError& error) {
-        EXPECT_EQ(error.description(), "The release has no installer package.");
-    }
+    EXPECT_EQ(updateErrorOf([&] { channel.download(releaseWith("v1", std::nullopt), folder.root()); }).description(),
+              "The release has no installer package.");
     EXPECT_THAT(runner.calls, ::testing::IsEmpty());
     RecordedDownload download(folder.root());  // gh succeeds but writes nothing
-    try {
-        channelWith(download.runner).download(download.release, folder.root());
-        ADD_FAILURE();
-    } catch (const UpdateError& error) {
-        EXPECT_THAT(error.description(), HasSubstr("gh did not save the package"));
-    }
+    EXPECT_THAT(
+        updateErrorOf([&] { channelWith(download.runner).download(download.release, folder.root()); }).description(),
+        HasSubstr("gh did not save the package"));
     EXPECT_THROW(channel.download(releaseWith("", "*.deb"), folder.root()), UpdateError);
 }
 
