@@ -92,22 +92,16 @@ TEST(ProcessGrouping, SystemKindIsForKernelThreadsAndRootsDaemons) {
 }
 
 TEST(ProcessGrouping, LinuxAppsByDesktopEntryElseByProgramAndOwner) {
-    DesktopEntry firefox{"firefox-esr",
-                         "Firefox ESR",
-                         "/usr/share/applications/firefox-esr.desktop",
-                         {"/usr/lib/firefox-esr/firefox-esr"},
-                         "firefox-esr",
-                         std::nullopt};
+    // clang-format off
+    const std::string applications = "/usr/share/applications/";
+    DesktopEntry firefox{"firefox-esr", "Firefox ESR", applications + "firefox-esr.desktop",
+                         {"/usr/lib/firefox-esr/firefox-esr"}, "firefox-esr", std::nullopt};
     // Started through a launcher, so only its window class names the program.
-    DesktopEntry code{"com.visualstudio.code",
-                      "Visual Studio Code",
-                      "/usr/share/applications/com.visualstudio.code.desktop",
-                      {"flatpak", "run", "com.visualstudio.code"},
-                      std::nullopt,
-                      "Code"};
-    DesktopEntry monitor{
-        "gnome-system-monitor",   "System Monitor",       "/usr/share/applications/gnome-system-monitor.desktop",
-        {"gnome-system-monitor"}, "gnome-system-monitor", std::nullopt};
+    DesktopEntry code{"com.visualstudio.code", "Visual Studio Code", applications + "com.visualstudio.code.desktop",
+                      {"flatpak", "run", "com.visualstudio.code"}, std::nullopt, "Code"};
+    DesktopEntry monitor{"gnome-system-monitor", "System Monitor", applications + "gnome-system-monitor.desktop",
+                         {"gnome-system-monitor"}, "gnome-system-monitor", std::nullopt};
+    // clang-format on
     auto pss = process(3000, 1000, "Isolated Web Co", "/usr/lib/firefox-esr/firefox-esr", 2, 300, 2990);
     pss.memoryKind = MemoryKind::proportional;
     auto rss = process(2990, 1000, "firefox-esr", "/usr/lib/firefox-esr/firefox-esr", 1, 700, 1);
