@@ -49,14 +49,11 @@ TEST(ProcessGrouping, MacAppsGatherEverythingInsideTheirOutermostBundle) {
     ASSERT_THAT(groups,
                 ElementsAre(groupNamed("Google Chrome", Kind::app, {900, 905}),
                             groupNamed("launchd", Kind::system, {1}), groupNamed("zsh", Kind::process, {700, 701})));
-    const auto& app = groups[0];
-    EXPECT_EQ(app.id, "501:" + chrome);
-    EXPECT_EQ(app.appPath, chrome);
-    EXPECT_EQ(app.executablePath, chrome + "/Contents/MacOS/Google Chrome");
-    EXPECT_DOUBLE_EQ(app.cpuPercent, 5.0);
-    EXPECT_EQ(app.memoryBytes, 500'000'000);
-    EXPECT_EQ(app.memoryKind, MemoryKind::footprint);
-    EXPECT_TRUE(app.isCurrentUser);
+    // clang-format off
+    EXPECT_EQ(groups[0], (ProcessGroup{"501:" + chrome, "Google Chrome", Kind::app, chrome,
+                                       chrome + "/Contents/MacOS/Google Chrome", {900, 905}, true, 5.0, 500'000'000,
+                                       MemoryKind::footprint, me}));
+    // clang-format on
     EXPECT_FALSE(groups[1].isCurrentUser);
     EXPECT_EQ(groups[2].id, "501:zsh");
 }
