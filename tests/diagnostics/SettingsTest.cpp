@@ -150,6 +150,9 @@ TEST_F(SettingsStoreTest, SaveThenLoadRoundTripsEveryField) {
     const auto j = Json::parse(AtomicFile::read(dir_ / "nested/settings.json").value_or("{}"));
     EXPECT_EQ(j["verifiedVolumes"]["UUID-1"], "2026-11-02T09:30:00Z");
     EXPECT_EQ(j["thresholds"]["warningFreeBytes"], 50'000'000'000);
+    CorvelSettings decoded;  // every field read back, none left from the defaults
+    from_json(j, decoded);
+    EXPECT_EQ(decoded, settings);
     settings.workspace.reset();
     EXPECT_FALSE(Json(settings).contains("workspace"));
 }
