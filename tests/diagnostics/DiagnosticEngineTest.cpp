@@ -63,6 +63,7 @@ struct Vol {
     Vol& network() { return set(v.isNetwork, true); }
     Vol& internal() { return set(v.isInternal, true); }
     Vol& type(std::optional<std::string> type) { return set(v.fileSystemType, std::move(type)); }
+    Vol& fileSystemName(std::optional<std::string> name) { return set(v.fileSystemName, std::move(name)); }
     Vol& ownership(std::optional<bool> on) { return set(v.ownershipEnabled, on); }
     Vol& encrypted(std::optional<bool> on) { return set(v.isEncrypted, on); }
     operator StorageVolume() const { return v; }
@@ -236,27 +237,14 @@ TEST(DiagnosticEngineEvaluate, EveryFindingTextMatchesTheReviewedCopy) {
     hot.id = "disk3";
     snapshot.disks.push_back(worn);
     snapshot.disks.push_back(hot);
-    snapshot.volumes = {
-        volume("D", "Data", 1000 * GB, 25 * GB),
-        with(volume("R", "Macintosh HD", 1000 * GB, 100 * GB),
-             [](auto& v) {
-                 v.isBootVolume = true;
-                 v.isReadOnly = true;
-             }),
-        with(externalVolume("B", "Backup"), [](auto& v) { v.isReadOnly = true; }),
-        with(externalVolume("E", "SHARE"),
-             [](auto& v) {
-                 v.fileSystemType = "ExFAT";
-                 v.fileSystemName = "ExFAT";
-             }),
-        with(externalVolume("M", "STICK"),
-             [](auto& v) {
-                 v.fileSystemType = "msdos";
-                 v.fileSystemName.reset();
-             }),
-        with(externalVolume("O", "Work"), [](auto& v) { v.ownershipEnabled = false; }),
-        with(externalVolume("X", "T7"), [](auto& v) { v.isEncrypted = false; }),
-    };
+    const auto external = [](const char* id, const char* name) { return Vol{externalVolume(id, name)}; };
+    snapshot.volumes = {volume("D", "Data", 1000 * GB, 25 * GB),
+                        Vol{volume("R", "Macintosh HD", 1000 * GB, 100 * GB)}.boot().readOnly(),
+                        external("B", "Backup").readOnly(),
+                        external("E", "SHARE").type("ExFAT").fileSystemName("ExFAT"),
+                        external("M", "STICK").type("msdos").fileSystemName(std::nullopt),
+                        external("O", "Work").ownership(false),
+                        external("X", "T7").encrypted(false)};
     Json rendered = Json::object();
     rendered["report"] = DiagnosticEngine().evaluate(snapshot).findings;
     // Threshold percentages in the evidence are truncated, not rounded.
