@@ -4,9 +4,9 @@
 #include "details/DetailsModel.h"
 #include "diagnostics/DiagnosticsModel.h"
 #include "diagnostics/DiagnosticsView.h"
-#include "shell/CommandPalette.h"
 #include "diskops/DiskOpsModel.h"
 #include "diskops/DiskOpsView.h"
+#include "shell/CommandPalette.h"
 #include "shell/CoreSession.h"
 #include "shell/MainWindow.h"
 #include "shell/Refresher.h"
@@ -18,7 +18,6 @@
 #include "widgets/TreemapWidget.h"
 
 #include <QComboBox>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -36,12 +35,7 @@ private Q_SLOTS:
         WarningCollector warnings;
         QTemporaryDir data;
         QTemporaryDir folder;
-        for (const char* name : {"a/one.bin", "b/two.bin"}) {
-            QDir().mkpath(folder.filePath(QFileInfo(name).path()));
-            QFile file(folder.filePath(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(QByteArray(200000, 'x'));
-        }
+        for (const char* name : {"a/one.bin", "b/two.bin"}) writeFile(folder.filePath(name), QByteArray(200000, 'x'));
         CoreSession session(recordedMachine("mac-studio-external-usb", data));
         MainWindow window(session);
         window.show();
@@ -53,9 +47,10 @@ private Q_SLOTS:
         auto* sidebar = window.sidebar();
         const QStringList tools{"Disk Operations", "Docker",   "Processes", "Migration",
                                 "Performance",     "Settings", "About"};
-        const QStringList names = QStringList{"Dashboard", "Diagnostics", "Space",    "Developer storage", "Cleanup",
-                                              "Monitoring", "Topology",   "This Mac", "Details"} +
-                                  tools;
+        const QStringList names =
+            QStringList{"Dashboard", "Diagnostics", "Space",  "Developer storage", "Cleanup", "Monitoring",
+                        "Topology",  "This Mac",    "Details"} +
+            tools;
         QCOMPARE(window.screenNames(), names);
         QSignalSpy toolsChanged(&window.tools().diskOps(), &DiskOpsModel::changed);
         while (window.tools().isBusy()) QVERIFY(toolsChanged.wait(20000));

@@ -1,5 +1,7 @@
 #include "DesktopTests.h"
 
+#include <QFile>
+
 namespace corvel::desktop::testing {
 namespace {
 
@@ -21,13 +23,19 @@ std::vector<std::unique_ptr<QObject>> allTests() {
     tests.push_back(makeTreemapLayoutTest());
     tests.push_back(makeAppOptionsTest());
     tests.push_back(makeScreenModelsTest());
-    tests.push_back(makeStorageScreensTest());
     tests.push_back(makePaletteAndChartTest());
     tests.push_back(makeToolModelsTest());
     tests.push_back(makeConsentTrayTest());
     tests.push_back(makeBrandTest());
     tests.push_back(makeClickThroughTest());
     return tests;
+}
+
+void writeFile(const QString& path, const QByteArray& content) {
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
 }
 
 WarningCollector::WarningCollector() {

@@ -17,19 +17,11 @@
 #include "shell/CoreSession.h"
 
 #include <unistd.h>
-#include <QFile>
 #include <QSignalSpy>
 #include <algorithm>
 
 namespace corvel::desktop::testing {
 namespace {
-
-void writeFile(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
 
 // This machine, looked at with a temporary data folder: nothing of ours is read or written.
 Machine liveMachine(const QTemporaryDir& data) {
@@ -38,12 +30,10 @@ Machine liveMachine(const QTemporaryDir& data) {
     return Machine::open(options);
 }
 
+// Waits for the model's changes until `done()` holds.
 template <class Model, class Condition>
 bool settle(Model& model, Condition done) {
-    QSignalSpy spy(&model, &Model::changed);
-    while (!done())
-        if (!spy.wait(20000)) return false;
-    return true;
+    return waitWhile(model, &Model::changed, [&] { return !done(); });
 }
 
 int indexOf(const DiskOpsModel& model, const std::string& name) {

@@ -15,8 +15,6 @@ TEST(Severity, OrderedByRawValueAndEncodedAsInteger) {
     EXPECT_LT(Severity::warning, Severity::critical);
     EXPECT_EQ(Json(Severity::critical).dump(), "3");
     EXPECT_EQ(Json::parse("2").get<Severity>(), Severity::warning);
-    EXPECT_EQ(label(Severity::ok), "Healthy");
-    EXPECT_EQ(label(Severity::critical), "Critical");
 }
 
 TEST(Severity, OutOfRangeIntegersHaveNoSeverity) {
@@ -28,24 +26,19 @@ TEST(Severity, OutOfRangeIntegersHaveNoSeverity) {
     EXPECT_THROW(Json::parse("\"warning\"").get<Severity>(), DecodingError);
 }
 
-TEST(HealthDimension, InferredFromRuleID) {
-    EXPECT_EQ(inferredHealthDimension("disk.smart"), HealthDimension::physical);
-    EXPECT_EQ(inferredHealthDimension("disk.nvme.wear"), HealthDimension::physical);
-    EXPECT_EQ(inferredHealthDimension("volume.freeSpace"), HealthDimension::usage);
-    EXPECT_EQ(inferredHealthDimension("topology.linkSpeed"), HealthDimension::connection);
-    EXPECT_EQ(inferredHealthDimension("availability.missing"), HealthDimension::availability);
-    EXPECT_EQ(inferredHealthDimension("volume.readOnly"), HealthDimension::fileSystem);
+TEST(HealthDimension, InferredFromRuleIDAndStatusFromSeverity) {
+    using D = HealthDimension;
     // Only the exact free-space id is usage; prefixes without their dot fall through.
-    EXPECT_EQ(inferredHealthDimension("volume.freeSpaceSoon"), HealthDimension::fileSystem);
-    EXPECT_EQ(inferredHealthDimension("diskette"), HealthDimension::fileSystem);
-    EXPECT_EQ(inferredHealthDimension(""), HealthDimension::fileSystem);
-}
-
-TEST(HealthStatus, FollowsSeverity) {
-    EXPECT_EQ(healthStatusFor(Severity::ok), HealthStatus::normal);
-    EXPECT_EQ(healthStatusFor(Severity::info), HealthStatus::normal);
-    EXPECT_EQ(healthStatusFor(Severity::warning), HealthStatus::attention);
-    EXPECT_EQ(healthStatusFor(Severity::critical), HealthStatus::critical);
+    for (const char* id : {"disk.smart", "disk.nvme.wear"}) EXPECT_EQ(inferredHealthDimension(id), D::physical) << id;
+    for (const char* id : {"volume.readOnly", "volume.freeSpaceSoon", "diskette", ""})
+        EXPECT_EQ(inferredHealthDimension(id), D::fileSystem) << id;
+    EXPECT_EQ(inferredHealthDimension("volume.freeSpace"), D::usage);
+    EXPECT_EQ(inferredHealthDimension("topology.linkSpeed"), D::connection);
+    EXPECT_EQ(inferredHealthDimension("availability.missing"), D::availability);
+    EXPECT_EQ(
+        (std::vector{healthStatusFor(Severity::ok), healthStatusFor(Severity::info), healthStatusFor(Severity::warning),
+                     healthStatusFor(Severity::critical)}),
+        (std::vector{HealthStatus::normal, HealthStatus::normal, HealthStatus::attention, HealthStatus::critical}));
 }
 
 TEST(FindingSubject, JsonShapeWrapsPayloadInUnderscoreZero) {

@@ -45,6 +45,13 @@ Inputs laptop(std::function<void(Inputs&)> change = {}) {
     return in;
 }
 
+// Nothing known but what `change` adds.
+Inputs nothingBut(const std::function<void(Inputs&)>& change) {
+    Inputs in;
+    change(in);
+    return in;
+}
+
 StorageVolume networkShare(std::int64_t available) {
     auto share = volume("NAS", "NAS", 4000 * GB, available);
     share.isNetwork = true;
@@ -77,12 +84,7 @@ std::vector<std::pair<std::string, Inputs>> scenarios() {
              in.snapshot.disks.push_back(unknown);
          })},
         {"nothing known", Inputs{}},
-        {"only an external drive",
-         [] {
-             Inputs in;
-             in.snapshot.disks.push_back(externalDisk());
-             return in;
-         }()},
+        {"only an external drive", nothingBut([](Inputs& in) { in.snapshot.disks.push_back(externalDisk()); })},
         {"failing drive", laptop(failing)},
         {"failing and hot drive", laptop([&](Inputs& in) {
              failing(in);
@@ -109,12 +111,7 @@ std::vector<std::pair<std::string, Inputs>> scenarios() {
              in.snapshot.volumes.push_back(stick);
          })},
         {"almost full", laptop([](Inputs& in) { in.snapshot.volumes[0].availableBytes = 20 * GB; })},
-        {"network share only",
-         [] {
-             Inputs in;
-             in.snapshot.volumes.push_back(networkShare(3000 * GB));
-             return in;
-         }()},
+        {"network share only", nothingBut([](Inputs& in) { in.snapshot.volumes.push_back(networkShare(3000 * GB)); })},
         // A path without the speed the disk runs at proves nothing.
         {"path without its link speed", laptop([](Inputs& in) {
              in.snapshot.disks.push_back(externalDisk("disk4", "Samsung T7 Media"));

@@ -24,38 +24,6 @@ TEST(CorvelSettings, DefaultsMatchTheReviewedCopy) {
     testing::expectGolden("diagnostics/default-settings.json", settings);
 }
 
-TEST(CorvelSettings, EveryKeyIsOptionalAndMissingKeysKeepDefaults) {
-    auto settings = CorvelSettings::defaults(home);
-    from_json(Json::parse(R"({"intervalMinutes": 9, "workspace": "/w"})"), settings);
-    auto expected = CorvelSettings::defaults(home);
-    expected.intervalMinutes = 9;
-    expected.workspace = "/w";
-    EXPECT_EQ(settings, expected);
-
-    auto fromEmpty = CorvelSettings::defaults(home);
-    from_json(Json::object(), fromEmpty);
-    EXPECT_EQ(fromEmpty, CorvelSettings::defaults(home));
-}
-
-TEST(CorvelSettings, JsonRoundTripWithEveryField) {
-    auto settings = CorvelSettings::defaults(home);
-    settings.monitoringEnabled = false;
-    settings.thresholds.warningFreeBytes = 50'000'000'000;
-    settings.customFootprintPaths = {"/opt/sdk"};
-    settings.workspace = "/Volumes/Work";
-    settings.verifiedVolumes["UUID-1"] = *ISO8601::parse("2026-11-02T09:30:00Z");
-    settings.expectedVolumes.push_back({"UUID-1", "Work", "the workspace"});
-    const Json j = settings;
-    EXPECT_EQ(j["verifiedVolumes"]["UUID-1"], "2026-11-02T09:30:00Z");
-    EXPECT_EQ(j["thresholds"]["warningFreeBytes"], 50'000'000'000);
-    CorvelSettings decoded;
-    from_json(j, decoded);
-    EXPECT_EQ(decoded, settings);
-
-    settings.workspace.reset();
-    EXPECT_FALSE(Json(settings).contains("workspace"));
-}
-
 TEST(CorvelSettings, WrongTypesAreDecodingErrors) {
     for (const char* text : {R"({"intervalMinutes": "five"})", R"({"verifiedVolumes": {"X": "yesterday"}})",
                              R"({"verifiedVolumes": []})", R"({"thresholds": {"warningFreeFraction": "low"}})",
@@ -166,20 +134,35 @@ TEST_F(SettingsStoreTest, MissingFileReadsAsDefaultsWithoutWarning) {
     EXPECT_FALSE(fs::exists(store.path()));  // reading never creates the file
 }
 
-TEST_F(SettingsStoreTest, SaveThenLoadRoundTrips) {
-    SettingsStore store(dir_ / "nested", home);  // missing folders are created
+// Every field away from its default, through the file and back.
+TEST_F(SettingsStoreTest, SaveThenLoadRoundTripsEveryField) {
     auto settings = SettingsEditor::apply(CorvelSettings::defaults(home), "intervalMinutes", "12", home);
-    store.save(settings);
+    settings.monitoringEnabled = false;
+    settings.thresholds.warningFreeBytes = 50'000'000'000;
+    settings.customFootprintPaths = {"/opt/sdk"};
+    settings.workspace = "/Volumes/Work";
+    settings.verifiedVolumes["UUID-1"] = *ISO8601::parse("2026-11-02T09:30:00Z");
+    settings.expectedVolumes.push_back({"UUID-1", "Work", "the workspace"});
+    SettingsStore(dir_ / "nested", home).save(settings);  // missing folders are created
     const auto loaded = SettingsStore(dir_ / "nested", home).load();
     EXPECT_TRUE(loaded.fromFile);
     EXPECT_EQ(loaded.settings, settings);
+    const auto j = Json::parse(AtomicFile::read(dir_ / "nested/settings.json").value_or("{}"));
+    EXPECT_EQ(j["verifiedVolumes"]["UUID-1"], "2026-11-02T09:30:00Z");
+    EXPECT_EQ(j["thresholds"]["warningFreeBytes"], 50'000'000'000);
+    CorvelSettings decoded;  // every field read back, none left from the defaults
+    from_json(j, decoded);
+    EXPECT_EQ(decoded, settings);
+    settings.workspace.reset();
+    EXPECT_FALSE(Json(settings).contains("workspace"));
 }
 
 TEST_F(SettingsStoreTest, PartialFileTakesDefaultsForMissingKeysNestedOnesToo) {
-    writeFile(R"({"notificationsEnabled": false, "thresholds": {"warningFreeFraction": 0.25}})");
+    writeFile(R"({"notificationsEnabled": false, "workspace": "/w", "thresholds": {"warningFreeFraction": 0.25}})");
     const auto loaded = SettingsStore(dir_, home).load();
     auto expected = CorvelSettings::defaults(home);
     expected.notificationsEnabled = false;
+    expected.workspace = "/w";
     expected.thresholds.warningFreeFraction = 0.25;
     EXPECT_EQ(loaded.settings, expected);
     EXPECT_FALSE(loaded.warning);

@@ -41,10 +41,10 @@ TEST(DockerDiskImageMac, SettingsNameTheFolderBeforeTheDefault) {
     host.files["/Volumes/Work/Docker/Docker.raw"] = {137438953472, 19327352832};
 
     const auto candidates = DockerDiskImageLocator::candidates(home, host);
-    ASSERT_EQ(candidates.size(), 3u);
-    EXPECT_EQ(candidates[0], (DockerImageCandidate{"/Volumes/Work/Docker", "Docker Desktop setting DataFolder"}));
-    EXPECT_EQ(candidates[1], (DockerImageCandidate{"/Volumes/Old", "Docker Desktop setting dataFolder"}));
-    EXPECT_EQ(candidates[2], (DockerImageCandidate{macDefault, "Docker Desktop default location"}));
+    EXPECT_EQ(candidates,
+              (std::vector<DockerImageCandidate>{{"/Volumes/Work/Docker", "Docker Desktop setting DataFolder"},
+                                                 {"/Volumes/Old", "Docker Desktop setting dataFolder"},
+                                                 {macDefault, "Docker Desktop default location"}}));
 
     const auto image = DockerDiskImageLocator::locate(home, host);
     ASSERT_TRUE(image);
@@ -59,11 +59,10 @@ TEST(DockerDiskImageMac, EverySettingsKeyIsTriedInOrderAndBadSettingsAreIgnored)
         R"j({"diskImageLocation": "/d", "CustomWslDistroDir": "/c", "dataFolder": "/b", "DataFolder": 7, "other": "/x"})j";
     host.texts[groupContainer + "/settings.json"] = "{not json";
     const auto candidates = DockerDiskImageLocator::candidates(home, host);
-    ASSERT_EQ(candidates.size(), 4u);
-    EXPECT_EQ(candidates[0].folder, "/b");
-    EXPECT_EQ(candidates[1].folder, "/c");
-    EXPECT_EQ(candidates[2].folder, "/d");
-    EXPECT_EQ(candidates[2].source, "Docker Desktop setting diskImageLocation");
+    EXPECT_EQ(candidates, (std::vector<DockerImageCandidate>{{"/b", "Docker Desktop setting dataFolder"},
+                                                             {"/c", "Docker Desktop setting CustomWslDistroDir"},
+                                                             {"/d", "Docker Desktop setting diskImageLocation"},
+                                                             {macDefault, "Docker Desktop default location"}}));
 }
 
 TEST(DockerDiskImageMac, AStaleSettingFallsBackToTheDefaultAndNothingFoundIsNone) {

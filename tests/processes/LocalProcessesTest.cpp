@@ -87,67 +87,64 @@ Found findGroup(LocalProcesses& local, const std::string& name, const ProcessGro
 
 const ProcessActionTiming testTiming{std::chrono::seconds(5), std::chrono::seconds(5), std::chrono::milliseconds(5)};
 
-TEST(LocalProcesses, QuitsAndForceQuitsItsOwnChildrenAndRecordsBoth) {
+// A temporary folder for the copies of sleep and the action log; apps start through a runner
+// that must never be asked.
+class LiveProcesses : public ::testing::Test {
+protected:
+    void TearDown() override { EXPECT_THAT(runner.calls, ::testing::IsEmpty()); }
+
+    ProcessActionResult perform(ProcessAction action, const Found& found, ProcessActionTiming timing = testTiming) {
+        return ProcessActions::perform({action, found.group, found.targets, LocalProcesses::ownPID()}, local, launcher,
+                                       log, currentTime(), timing);
+    }
+
     testing::TemporaryFolder folder;
-    const auto program = sleeperCopy(folder, "corvel-sleeper");
-    const auto name = lastComponent(program);
     LocalProcesses local;
     testing::ScriptedRunner runner;
-    AppLauncher launcher(hostPlatform(), runner, local);
-    ProcessActionLog log(folder.root() / "data");
+    AppLauncher launcher{hostPlatform(), runner, local};
+    ProcessActionLog log{folder.root() / "data"};
+};
 
-    ChildProcess first({program, "30"});
-    ASSERT_TRUE(runs(local, first, program));
-    const auto quitting = findGroup(local, name, context());
-    EXPECT_THAT(quitting.group.pids, ElementsAre(first.pid()));
-    EXPECT_EQ(quitting.group.kind, ProcessGroup::Kind::process);
-    EXPECT_TRUE(quitting.group.isCurrentUser);
-    const auto quit =
-        ProcessActions::perform({ProcessAction::quit, quitting.group, quitting.targets, LocalProcesses::ownPID()},
-                                local, launcher, log, currentTime(), testTiming);
-    EXPECT_EQ(quit.status, Status::done) << quit.record->outcome;
-    const auto firstEnd = first.waitFor(std::chrono::seconds(2));
-    ASSERT_TRUE(firstEnd);
-    EXPECT_TRUE(WIFSIGNALED(*firstEnd) && WTERMSIG(*firstEnd) == SIGTERM);
+TEST_F(LiveProcesses, QuitsAndForceQuitsItsOwnChildrenAndRecordsBoth) {
+    const auto program = sleeperCopy(folder, "corvel-sleeper");
+    const auto name = lastComponent(program);
 
-    ChildProcess second({program, "30"});
-    ASSERT_TRUE(runs(local, second, program));
-    const auto forcing = findGroup(local, name, context());
-    const auto force =
-        ProcessActions::perform({ProcessAction::forceQuit, forcing.group, forcing.targets, LocalProcesses::ownPID()},
-                                local, launcher, log, currentTime(), testTiming);
-    EXPECT_EQ(force.status, Status::done) << force.record->outcome;
-    const auto secondEnd = second.waitFor(std::chrono::seconds(2));
-    ASSERT_TRUE(secondEnd);
-    EXPECT_TRUE(WIFSIGNALED(*secondEnd) && WTERMSIG(*secondEnd) == SIGKILL);
-
+    // Quit sends the polite signal, force quit the one that cannot be ignored.
+    std::vector<std::int32_t> pids;
+    for (const auto& [action, signal] :
+         {std::pair{ProcessAction::quit, SIGTERM}, std::pair{ProcessAction::forceQuit, SIGKILL}}) {
+        ChildProcess child({program, "30"});
+        ASSERT_TRUE(runs(local, child, program));
+        const auto found = findGroup(local, name, context());
+        EXPECT_THAT(found.group.pids, ElementsAre(child.pid()));
+        EXPECT_EQ(found.group.kind, ProcessGroup::Kind::process);
+        EXPECT_TRUE(found.group.isCurrentUser);
+        const auto result = perform(action, found);
+        EXPECT_EQ(result.status, Status::done) << result.record->outcome;
+        const auto end = child.waitFor(std::chrono::seconds(2));
+        ASSERT_TRUE(end);
+        EXPECT_TRUE(WIFSIGNALED(*end) && WTERMSIG(*end) == signal);
+        pids.push_back(child.pid());
+    }
     EXPECT_THAT(ProcessActionLog(folder.root() / "data").all(),
                 ElementsAre(AllOf(Field(&ProcessActionRecord::action, ProcessAction::quit),
                                   Field(&ProcessActionRecord::name, name),
-                                  Field(&ProcessActionRecord::pids, ElementsAre(first.pid())),
+                                  Field(&ProcessActionRecord::pids, ElementsAre(pids[0])),
                                   Field(&ProcessActionRecord::outcome, "Quit: 1 process ended.")),
                             AllOf(Field(&ProcessActionRecord::action, ProcessAction::forceQuit),
-                                  Field(&ProcessActionRecord::pids, ElementsAre(second.pid())),
+                                  Field(&ProcessActionRecord::pids, ElementsAre(pids[1])),
                                   Field(&ProcessActionRecord::outcome, "Force quit: 1 process ended."))));
-    EXPECT_THAT(runner.calls, ::testing::IsEmpty());
 }
 
-TEST(LocalProcesses, ChildIgnoringThePoliteSignalIsReportedStillRunning) {
-    testing::TemporaryFolder folder;
+TEST_F(LiveProcesses, ChildIgnoringThePoliteSignalIsReportedStillRunning) {
     const auto program = sleeperCopy(folder, "corvel-stubborn");
-    LocalProcesses local;
-    testing::ScriptedRunner runner;
-    AppLauncher launcher(hostPlatform(), runner, local);
-    ProcessActionLog log(folder.root());
     // An ignored signal stays ignored across exec.
     ChildProcess stubborn({"/bin/sh", "-c", "trap '' TERM; exec \"$0\" 30", program});
     ASSERT_TRUE(runs(local, stubborn, program));
     const auto found = findGroup(local, lastComponent(program), context());
     ProcessActionTiming shortWait = testTiming;
     shortWait.quitWait = std::chrono::milliseconds(200);
-    const auto result =
-        ProcessActions::perform({ProcessAction::quit, found.group, found.targets, LocalProcesses::ownPID()}, local,
-                                launcher, log, currentTime(), shortWait);
+    const auto result = perform(ProcessAction::quit, found, shortWait);
     EXPECT_EQ(result.status, Status::stillRunning);
     EXPECT_THAT(result.stillRunning, ElementsAre(stubborn.pid()));
     EXPECT_EQ(result.record->outcome,
@@ -155,10 +152,8 @@ TEST(LocalProcesses, ChildIgnoringThePoliteSignalIsReportedStillRunning) {
     EXPECT_TRUE(stubborn.isRunning());
 }
 
-TEST(LocalProcesses, PidOfAnotherStartIsNeverSignalled) {
-    testing::TemporaryFolder folder;
+TEST_F(LiveProcesses, PidOfAnotherStartIsNeverSignalled) {
     const auto program = sleeperCopy(folder, "corvel-reused");
-    LocalProcesses local;
     ChildProcess child({program, "30"});
     ASSERT_TRUE(runs(local, child, program));
     const auto sample = sampleOf(local, child.pid());
@@ -195,9 +190,8 @@ TEST(LocalProcesses, SamplesItsOwnProcessWithSaneFigures) {
     EXPECT_THAT(samples.size(), Ge(3u));
 }
 
-TEST(LocalProcesses, RelaunchStartsTheDesktopCommandDetached) {
+TEST_F(LiveProcesses, RelaunchStartsTheDesktopCommandDetached) {
     if (hostPlatform() != Platform::linux) GTEST_SKIP() << "desktop entries are how Linux starts apps";
-    testing::TemporaryFolder folder;
     const auto program = sleeperCopy(folder, "corvel-app");
     // A duration no other process on the machine would sleep for, so the new one is recognisable.
     const std::string duration = "31.25";
@@ -207,10 +201,6 @@ TEST(LocalProcesses, RelaunchStartsTheDesktopCommandDetached) {
     const Environment environment{{"XDG_DATA_HOME", folder.path("share")},
                                   {"XDG_DATA_DIRS", folder.path("no-system-entries")}};
     const auto desktop = DesktopApplications::read(environment, folder.path());
-    LocalProcesses local;
-    testing::ScriptedRunner runner;
-    AppLauncher launcher(hostPlatform(), runner, local);
-    ProcessActionLog log(folder.root());
 
     ChildProcess original({program, "30"});
     ASSERT_TRUE(runs(local, original, program));
@@ -218,9 +208,7 @@ TEST(LocalProcesses, RelaunchStartsTheDesktopCommandDetached) {
     EXPECT_EQ(found.group.kind, ProcessGroup::Kind::app);
     EXPECT_EQ(found.group.appPath, folder.path("share/applications/corvel-app.desktop"));
 
-    const auto result =
-        ProcessActions::perform({ProcessAction::relaunch, found.group, found.targets, LocalProcesses::ownPID()}, local,
-                                launcher, log, currentTime(), testTiming);
+    const auto result = perform(ProcessAction::relaunch, found);
     ASSERT_EQ(result.status, Status::done) << result.record->outcome;
     ASSERT_TRUE(result.relaunchedPID);
     EXPECT_TRUE(original.waitFor(std::chrono::seconds(2)));
@@ -241,16 +229,12 @@ TEST(LocalProcesses, RelaunchStartsTheDesktopCommandDetached) {
 
 TEST(LocalProcesses, StartingAMissingProgramSaysWhy) {
     LocalProcesses local;
-    EXPECT_THROW(
-        {
-            try {
-                local.startDetached({"corvel-no-such-program-anywhere"});
-            } catch (const ProcessLaunchError& error) {
-                EXPECT_THAT(error.what(), HasSubstr("corvel-no-such-program-anywhere: not found in PATH"));
-                throw;
-            }
-        },
-        ProcessLaunchError);
+    try {
+        local.startDetached({"corvel-no-such-program-anywhere"});
+        ADD_FAILURE() << "started a program that does not exist";
+    } catch (const ProcessLaunchError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("corvel-no-such-program-anywhere: not found in PATH"));
+    }
     testing::TemporaryFolder folder;
     const auto notExecutable = folder.write("script", "#!/bin/sh\n");
     EXPECT_THROW(local.startDetached({notExecutable}), ProcessLaunchError);

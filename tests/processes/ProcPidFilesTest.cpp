@@ -72,18 +72,15 @@ TEST(ProcPidFiles, SampleUsesPssWhereReadableElseResidentPages) {
     const auto status = ProcPidFiles::parseStatus(statusText);
     const ProcPidFiles::Units units{100, 4096};
 
-    const auto withPss = ProcPidFiles::sample(3877, stat, status, 226 * 1024, "/usr/bin/cat", units);
-    EXPECT_EQ(withPss.uid, 1000u);
-    EXPECT_EQ(withPss.parentPid, 3875);
-    EXPECT_EQ(withPss.startTime, 966789u);
-    EXPECT_EQ(withPss.cpuNanoseconds, 100'000'000);  // 10 ticks of 10 ms
-    EXPECT_EQ(withPss.memoryBytes, 226 * 1024);
-    EXPECT_EQ(withPss.memoryKind, MemoryKind::proportional);
-    EXPECT_EQ(withPss.executablePath, "/usr/bin/cat");
-
-    const auto withoutPss = ProcPidFiles::sample(3877, stat, status, std::nullopt, std::nullopt, units);
-    EXPECT_EQ(withoutPss.memoryBytes, 365 * 4096);
-    EXPECT_EQ(withoutPss.memoryKind, MemoryKind::resident);
+    // 10 ticks of 10 ms; the name comes from the stat line.
+    const ProcessSample withPss{3877,   3875,        1000, "cat",      "/usr/bin/cat",          false,
+                                966789, 100'000'000, 0,    226 * 1024, MemoryKind::proportional};
+    EXPECT_EQ(ProcPidFiles::sample(3877, stat, status, 226 * 1024, "/usr/bin/cat", units), withPss);
+    auto withoutPss = withPss;
+    withoutPss.executablePath.reset();
+    withoutPss.memoryBytes = 365 * 4096;
+    withoutPss.memoryKind = MemoryKind::resident;
+    EXPECT_EQ(ProcPidFiles::sample(3877, stat, status, std::nullopt, std::nullopt, units), withoutPss);
 
     // An owner we cannot read is never taken for root or for the person running us.
     const auto unknown = ProcPidFiles::sample(3877, stat, {}, std::nullopt, std::nullopt, units);

@@ -39,37 +39,33 @@ struct Case {
 
 TEST(ProcessActionPolicy, FirstRuleThatAppliesDecides) {
     const std::string safari = "/Applications/Safari.app";
+    const auto quit = ProcessAction::quit, force = ProcessAction::forceQuit, relaunch = ProcessAction::relaunch;
+    const std::optional<std::string> none, allowed;
+    const bool mine = true, theirs = false;
+    // clang-format off
     const Case cases[] = {
         // Our own process is refused before anything else, even where every other rule allows.
-        {"own app", ProcessAction::quit, groupOf("Velmora", Kind::app, "/Applications/Velmora.app", true, {99, ownPID}),
-         self},
-        {"own process of another user's kind", ProcessAction::forceQuit,
-         groupOf("launchd", Kind::system, std::nullopt, false, {ownPID}), self},
+        {"own app", quit, groupOf("Velmora", Kind::app, "/Applications/Velmora.app", mine, {99, ownPID}), self},
+        {"own process of another user's kind", force, groupOf("launchd", Kind::system, none, theirs, {ownPID}), self},
         // Rule 2: a system group passes only with an app path.
-        {"system app of the user", ProcessAction::quit, groupOf("Helper", Kind::system, safari, true), std::nullopt},
-        {"system app relaunch", ProcessAction::relaunch, groupOf("Helper", Kind::system, safari, true), std::nullopt},
-        {"system process of the user", ProcessAction::quit, groupOf("Helper", Kind::system, std::nullopt, true),
-         system},
+        {"system app of the user", quit, groupOf("Helper", Kind::system, safari, mine), allowed},
+        {"system app relaunch", relaunch, groupOf("Helper", Kind::system, safari, mine), allowed},
+        {"system process of the user", quit, groupOf("Helper", Kind::system, none, mine), system},
         // Another user's group is the system's, whatever its name or kind.
-        {"other user's app", ProcessAction::quit, groupOf("Safari", Kind::app, safari, false), system},
-        {"other user's plain process", ProcessAction::relaunch, groupOf("sleep", Kind::process, std::nullopt, false),
-         system},
-        {"other user's protected name", ProcessAction::quit,
-         groupOf("WindowServer", Kind::process, std::nullopt, false), system},
+        {"other user's app", quit, groupOf("Safari", Kind::app, safari, theirs), system},
+        {"other user's plain process", relaunch, groupOf("sleep", Kind::process, none, theirs), system},
+        {"other user's protected name", quit, groupOf("WindowServer", Kind::process, none, theirs), system},
         // Protected names are the user's own and refused with the protection reason.
-        {"protected, the user's", ProcessAction::quit, groupOf("WindowServer", Kind::process, std::nullopt, true),
-         protection},
-        {"protected app", ProcessAction::relaunch,
-         groupOf("ControlCenter", Kind::app, "/System/Library/CoreServices/ControlCenter.app", true), protection},
-        {"lower case is another name", ProcessAction::quit, groupOf("windowserver", Kind::process, std::nullopt, true),
-         std::nullopt},
+        {"protected, the user's", quit, groupOf("WindowServer", Kind::process, none, mine), protection},
+        {"protected app", relaunch,
+         groupOf("ControlCenter", Kind::app, "/System/Library/CoreServices/ControlCenter.app", mine), protection},
+        {"lower case is another name", quit, groupOf("windowserver", Kind::process, none, mine), allowed},
         // Quit and force quit are allowed on the user's plain processes, relaunch only on apps.
-        {"quit a process", ProcessAction::quit, groupOf("node", Kind::process, std::nullopt, true), std::nullopt},
-        {"force quit a process", ProcessAction::forceQuit, groupOf("node", Kind::process, std::nullopt, true),
-         std::nullopt},
-        {"relaunch a process", ProcessAction::relaunch, groupOf("node", Kind::process, std::nullopt, true), onlyApps},
-        {"relaunch an app", ProcessAction::relaunch, groupOf("Safari", Kind::app, safari, true), std::nullopt},
-    };
+        {"quit a process", quit, groupOf("node", Kind::process, none, mine), allowed},
+        {"force quit a process", force, groupOf("node", Kind::process, none, mine), allowed},
+        {"relaunch a process", relaunch, groupOf("node", Kind::process, none, mine), onlyApps},
+        {"relaunch an app", relaunch, groupOf("Safari", Kind::app, safari, mine), allowed}};
+    // clang-format on
     for (const auto& test : cases) {
         const auto decision = ProcessActionPolicy::decide(test.action, test.group, ownPID);
         const Decision expected = test.refusal ? Decision{false, test.refusal} : Decision{true, std::nullopt};
@@ -84,11 +80,6 @@ TEST(ProcessActionPolicy, ProtectsExactlyTheSystemsEssentialNames) {
                                                 "mds_stores", "runningboardd"}));
     EXPECT_FALSE(names.count("Finder"));
     EXPECT_FALSE(names.count("launchd "));
-}
-
-TEST(ProcessActionPolicy, DecisionJsonOmitsTheReasonWhenAllowed) {
-    EXPECT_EQ(Json(Decision{true, std::nullopt}).dump(), R"({"allowed":true})");
-    EXPECT_EQ(Json(Decision{false, onlyApps}).dump(), R"({"allowed":false,"reason":"Only apps can be relaunched."})");
 }
 
 }  // namespace

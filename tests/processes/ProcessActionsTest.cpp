@@ -98,44 +98,20 @@ TEST(ProcessActions, OutcomesOfEachKindAreRecorded) {
         std::string outcome;
         std::vector<std::int32_t> stillRunning;
     };
+    const auto ends = Behaviour::endsWhenAsked, ignores = Behaviour::ignoresTerminate, gone = Behaviour::gone;
+    const auto quit = ProcessAction::quit, force = ProcessAction::forceQuit;
+    // clang-format off
     const Case cases[] = {
-        {"all end",
-         ProcessAction::quit,
-         {{10, Behaviour::endsWhenAsked}, {11, Behaviour::endsWhenAsked}},
-         Status::done,
-         "Quit: 2 processes ended.",
-         {}},
-        {"one was gone",
-         ProcessAction::quit,
-         {{10, Behaviour::endsWhenAsked}, {11, Behaviour::gone}},
-         Status::done,
-         "Quit: 1 process ended. 1 process had already ended.",
-         {}},
-        {"all were gone",
-         ProcessAction::quit,
-         {{10, Behaviour::gone}},
-         Status::alreadyGone,
-         "Already gone: no process was running.",
-         {}},
-        {"ignores the polite signal",
-         ProcessAction::quit,
-         {{10, Behaviour::endsWhenAsked}, {11, Behaviour::ignoresTerminate}},
-         Status::stillRunning,
-         "Quit requested; still running after 0.05 s: pid 11.",
-         {11}},
-        {"force quit ends it",
-         ProcessAction::forceQuit,
-         {{11, Behaviour::ignoresTerminate}},
-         Status::done,
-         "Force quit: 1 process ended.",
-         {}},
-        {"not permitted",
-         ProcessAction::forceQuit,
-         {{10, Behaviour::endsWhenAsked}, {12, Behaviour::foreign}},
-         Status::failed,
-         "Force quit: 1 process ended. Not permitted to signal pid 12.",
-         {}},
-    };
+        {"all end", quit, {{10, ends}, {11, ends}}, Status::done, "Quit: 2 processes ended.", {}},
+        {"one was gone", quit, {{10, ends}, {11, gone}}, Status::done,
+         "Quit: 1 process ended. 1 process had already ended.", {}},
+        {"all were gone", quit, {{10, gone}}, Status::alreadyGone, "Already gone: no process was running.", {}},
+        {"ignores the polite signal", quit, {{10, ends}, {11, ignores}}, Status::stillRunning,
+         "Quit requested; still running after 0.05 s: pid 11.", {11}},
+        {"force quit ends it", force, {{11, ignores}}, Status::done, "Force quit: 1 process ended.", {}},
+        {"not permitted", force, {{10, ends}, {12, Behaviour::foreign}}, Status::failed,
+         "Force quit: 1 process ended. Not permitted to signal pid 12.", {}}};
+    // clang-format on
     for (const auto& test : cases) {
         testing::TemporaryFolder data;
         ProcessActionLog log(data.root());
@@ -231,16 +207,11 @@ TEST(ProcessActions, UnsavedRecordIsReportedNotLost) {
     EXPECT_THAT(result.logProblem, Optional(::testing::HasSubstr("blocked")));
 }
 
-TEST(ProcessActionRecord, NewRecordsGetTheirOwnIdAndKeepTheirJsonShape) {
+TEST(ProcessActionRecord, NewRecordsGetTheirOwnId) {
     const ProcessActionRecord first(now, ProcessAction::forceQuit, "node", {10, 11}, "Force quit: 2 processes ended.");
     const ProcessActionRecord second(now, ProcessAction::forceQuit, "node", {10, 11}, "Force quit: 2 processes ended.");
     EXPECT_NE(first.id, second.id);
     EXPECT_EQ(first.id.size(), 36u);
-    const Json json = first;
-    EXPECT_EQ(json.dump(), R"({"id":")" + first.id +
-                               R"(","date":"2026-11-02T09:30:00Z","action":"forceQuit","name":"node","pids":[10,11],)"
-                               R"("outcome":"Force quit: 2 processes ended."})");
-    EXPECT_EQ(json.get<ProcessActionRecord>(), first);
 }
 
 TEST(AppLauncher, MacOpensTheBundleUnderItsPolicy) {

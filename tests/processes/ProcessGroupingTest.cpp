@@ -49,14 +49,11 @@ TEST(ProcessGrouping, MacAppsGatherEverythingInsideTheirOutermostBundle) {
     ASSERT_THAT(groups,
                 ElementsAre(groupNamed("Google Chrome", Kind::app, {900, 905}),
                             groupNamed("launchd", Kind::system, {1}), groupNamed("zsh", Kind::process, {700, 701})));
-    const auto& app = groups[0];
-    EXPECT_EQ(app.id, "501:" + chrome);
-    EXPECT_EQ(app.appPath, chrome);
-    EXPECT_EQ(app.executablePath, chrome + "/Contents/MacOS/Google Chrome");
-    EXPECT_DOUBLE_EQ(app.cpuPercent, 5.0);
-    EXPECT_EQ(app.memoryBytes, 500'000'000);
-    EXPECT_EQ(app.memoryKind, MemoryKind::footprint);
-    EXPECT_TRUE(app.isCurrentUser);
+    // clang-format off
+    EXPECT_EQ(groups[0], (ProcessGroup{"501:" + chrome, "Google Chrome", Kind::app, chrome,
+                                       chrome + "/Contents/MacOS/Google Chrome", {900, 905}, true, 5.0, 500'000'000,
+                                       MemoryKind::footprint, me}));
+    // clang-format on
     EXPECT_FALSE(groups[1].isCurrentUser);
     EXPECT_EQ(groups[2].id, "501:zsh");
 }
@@ -92,22 +89,16 @@ TEST(ProcessGrouping, SystemKindIsForKernelThreadsAndRootsDaemons) {
 }
 
 TEST(ProcessGrouping, LinuxAppsByDesktopEntryElseByProgramAndOwner) {
-    DesktopEntry firefox{"firefox-esr",
-                         "Firefox ESR",
-                         "/usr/share/applications/firefox-esr.desktop",
-                         {"/usr/lib/firefox-esr/firefox-esr"},
-                         "firefox-esr",
-                         std::nullopt};
+    // clang-format off
+    const std::string applications = "/usr/share/applications/";
+    DesktopEntry firefox{"firefox-esr", "Firefox ESR", applications + "firefox-esr.desktop",
+                         {"/usr/lib/firefox-esr/firefox-esr"}, "firefox-esr", std::nullopt};
     // Started through a launcher, so only its window class names the program.
-    DesktopEntry code{"com.visualstudio.code",
-                      "Visual Studio Code",
-                      "/usr/share/applications/com.visualstudio.code.desktop",
-                      {"flatpak", "run", "com.visualstudio.code"},
-                      std::nullopt,
-                      "Code"};
-    DesktopEntry monitor{
-        "gnome-system-monitor",   "System Monitor",       "/usr/share/applications/gnome-system-monitor.desktop",
-        {"gnome-system-monitor"}, "gnome-system-monitor", std::nullopt};
+    DesktopEntry code{"com.visualstudio.code", "Visual Studio Code", applications + "com.visualstudio.code.desktop",
+                      {"flatpak", "run", "com.visualstudio.code"}, std::nullopt, "Code"};
+    DesktopEntry monitor{"gnome-system-monitor", "System Monitor", applications + "gnome-system-monitor.desktop",
+                         {"gnome-system-monitor"}, "gnome-system-monitor", std::nullopt};
+    // clang-format on
     auto pss = process(3000, 1000, "Isolated Web Co", "/usr/lib/firefox-esr/firefox-esr", 2, 300, 2990);
     pss.memoryKind = MemoryKind::proportional;
     auto rss = process(2990, 1000, "firefox-esr", "/usr/lib/firefox-esr/firefox-esr", 1, 700, 1);
