@@ -9,7 +9,11 @@
 #include <gtest/gtest.h>
 
 using namespace corvel;
+using ::testing::AllOf;
+using ::testing::Eq;
 using ::testing::HasSubstr;
+using ::testing::Property;
+using ::testing::Throws;
 using namespace corvel::testing;
 
 namespace {
@@ -57,16 +61,14 @@ TEST(DiskutilParserIdentifiers, WholeDiskIdentifier) {
 }
 
 TEST(DiskutilParserNumbers, Int64ReadsNumbersOnly) {
-    auto real = PropertyListValue::real(-2.9);
-    auto big = PropertyListValue::real(1e30);
-    auto text = str("12345");
-    auto yes = flag(true);
-    auto integer = num(994662584320);
-    EXPECT_EQ(DiskutilParser::int64(&integer), 994662584320);
-    EXPECT_EQ(DiskutilParser::int64(&real), -2);  // truncated toward zero
-    EXPECT_EQ(DiskutilParser::int64(&big), std::nullopt);
-    EXPECT_EQ(DiskutilParser::int64(&text), std::nullopt);
-    EXPECT_EQ(DiskutilParser::int64(&yes), std::nullopt);
+    const std::pair<PropertyListValue, std::optional<std::int64_t>> rows[] = {
+        {num(994662584320), 994662584320},
+        {PropertyListValue::real(-2.9), -2},  // truncated toward zero
+        {PropertyListValue::real(1e30), std::nullopt},
+        {str("12345"), std::nullopt},
+        {flag(true), std::nullopt},
+    };
+    for (const auto& [value, expected] : rows) EXPECT_EQ(DiskutilParser::int64(&value), expected);
     EXPECT_EQ(DiskutilParser::int64(nullptr), std::nullopt);
 }
 
@@ -99,24 +101,18 @@ TEST(DiskutilParserList, LenientAboutEntriesAndFields) {
 TEST(DiskutilParserList, DocumentErrors) {
     PropertyListValue root = dict();
     root.set("WholeDisks", PropertyListValue::array({str("disk0")}));
-    try {
-        DiskutilParser::parseList(xml(root));
-        FAIL() << "expected missingKey";
-    } catch (const DiskutilParseError& error) {
-        EXPECT_EQ(error, DiskutilParseError::missingKey("AllDisksAndPartitions"));
-        EXPECT_THAT(error.description(), HasSubstr("AllDisksAndPartitions"));
-    }
+    EXPECT_THAT([&] { DiskutilParser::parseList(xml(root)); },
+                Throws<DiskutilParseError>(
+                    AllOf(Eq(DiskutilParseError::missingKey("AllDisksAndPartitions")),
+                          Property(&DiskutilParseError::description, HasSubstr("AllDisksAndPartitions")))));
     // A list with a stray non-dictionary is as unusable as no list.
     EXPECT_THROW(DiskutilParser::parseList(listDocument(PropertyListValue::array({dict(), str("disk0")}))),
                  DiskutilParseError);
     EXPECT_THROW(DiskutilParser::parseList(listDocument(str("disk0"))), DiskutilParseError);
 
-    try {
-        DiskutilParser::parseList(xml(PropertyListValue::array({str("disk0")})));
-        FAIL() << "expected notADictionary";
-    } catch (const DiskutilParseError& error) {
-        EXPECT_EQ(error.kind(), DiskutilParseError::Kind::notADictionary);
-    }
+    EXPECT_THAT(
+        [] { DiskutilParser::parseList(xml(PropertyListValue::array({str("disk0")}))); },
+        Throws<DiskutilParseError>(Property(&DiskutilParseError::kind, DiskutilParseError::Kind::notADictionary)));
     EXPECT_THROW(DiskutilParser::parseList("Could not find disk: disk9"), PropertyListError);
 }
 
@@ -152,11 +148,8 @@ TEST(DiskutilParserPhysicalDisk, EjectableFromEitherFlag) {
         if (removable) info.set("RemovableMedia", flag(*removable));
         return DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt).isEjectable;
     };
-    EXPECT_TRUE(ejectable(false, true));
-    EXPECT_TRUE(ejectable(true, false));
-    EXPECT_FALSE(ejectable(false, false));
-    EXPECT_FALSE(ejectable(false, std::nullopt));
-    EXPECT_FALSE(ejectable(std::nullopt, std::nullopt));
+    EXPECT_TRUE(ejectable(false, true) && ejectable(true, false));
+    EXPECT_FALSE(ejectable(false, false) || ejectable(false, std::nullopt) || ejectable(std::nullopt, std::nullopt));
 }
 
 TEST(DiskutilParserPhysicalDisk, DefaultsAndListedFallbacks) {
@@ -185,16 +178,8 @@ TEST(DiskutilParserPhysicalDisk, DefaultsAndListedFallbacks) {
 TEST(DiskutilParserPhysicalDisk, RequiresAnIdentifier) {
     PropertyListValue info = dict();
     info.set("DeviceIdentifier", num(4));
-    EXPECT_EQ(
-        [&] {
-            try {
-                DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt);
-            } catch (const DiskutilParseError& error) {
-                return error;
-            }
-            return DiskutilParseError::notADictionary();
-        }(),
-        DiskutilParseError::missingKey("DeviceIdentifier"));
+    EXPECT_THAT([&] { DiskutilParser::parsePhysicalDisk(xml(info), std::nullopt); },
+                Throws<DiskutilParseError>(Eq(DiskutilParseError::missingKey("DeviceIdentifier"))));
 }
 
 TEST(DiskutilParserNVMe, CountersTemperatureAndLowHalves) {

@@ -17,6 +17,10 @@
 using namespace corvel;
 using namespace corvel::testing;
 using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using ::testing::ThrowsMessage;
 
 namespace {
 
@@ -155,10 +159,10 @@ TEST(LinuxBlockDevices, NamesAndBuses) {
     EXPECT_EQ(LinuxBlockDevices::makePhysicalDisk(device).displayName(), "sda");
     device.subsystems = "block:virtio:pci";
     EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "VirtIO");
-    device.transport = "spi";
-    EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "SPI");
-    device.transport = "ieee1394";
-    EXPECT_EQ(LinuxBlockDevices::busProtocol(device), "IEEE1394");
+    for (const auto& [transport, bus] : {std::pair{"spi", "SPI"}, {"ieee1394", "IEEE1394"}}) {
+        device.transport = transport;
+        EXPECT_EQ(LinuxBlockDevices::busProtocol(device), bus);
+    }
     device.isRemovable = true;  // an SD card reader: removable medium, not part of the machine
     device.transport = "mmc";
     EXPECT_FALSE(LinuxBlockDevices::makePhysicalDisk(device).isInternal);
@@ -245,9 +249,8 @@ TEST(LinuxStorageDiscoverySnapshot, NothingReadableStillGivesASnapshot) {
     table.text = "28 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
     table.figures["/"] = {10, 5, 4};
     snapshot = LinuxStorageDiscovery(runner, table).snapshot(now);
-    ASSERT_EQ(snapshot.warnings.size(), 1u);
-    EXPECT_EQ(snapshot.warnings[0].rfind("Could not list physical disks: lsblk output: not valid JSON", 0), 0u)
-        << snapshot.warnings[0];
+    EXPECT_THAT(snapshot.warnings,
+                ElementsAre(StartsWith("Could not list physical disks: lsblk output: not valid JSON")));
     ASSERT_EQ(snapshot.volumes.size(), 1u);
     EXPECT_EQ(snapshot.volumes[0].name, "Root");
     EXPECT_EQ(snapshot.volumes[0].physicalDiskID, std::nullopt);
@@ -282,12 +285,7 @@ TEST(RecordedMountTable, ReplaysTextOrLinesAndRejectsBadShapes) {
     EXPECT_THROW(missing.mountInfo(), std::runtime_error);
 
     RecordedMountTable wrong(Json{{"mountinfo", 5}});
-    try {
-        wrong.mountInfo();
-        FAIL() << "expected the decoding problem";
-    } catch (const std::runtime_error& error) {
-        EXPECT_NE(std::string(error.what()).find("mountinfo"), std::string::npos);
-    }
+    EXPECT_THAT([&] { wrong.mountInfo(); }, ThrowsMessage<std::runtime_error>(HasSubstr("mountinfo")));
     RecordedMountTable badFigures(Json{{"mountinfo", ""}, {"statvfs", {{"/", {{"totalBytes", "ten"}}}}}});
     EXPECT_THROW(badFigures.mountInfo(), std::runtime_error);
 }

@@ -5,6 +5,7 @@
 
 #include "command/ProcessCommandRunner.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,12 +23,8 @@ TEST(ProcMountTable, ReadsTheRealMountTableAndCapacities) {
     EXPECT_LE(root.availableBytes, root.freeBytes);
     EXPECT_LE(root.freeBytes, root.totalBytes);
 
-    try {
-        table.statvfs("/no/such/mount/point");
-        FAIL() << "expected an error";
-    } catch (const std::runtime_error& error) {
-        EXPECT_NE(std::string(error.what()).find("/no/such/mount/point"), std::string::npos);
-    }
+    EXPECT_THAT([&] { table.statvfs("/no/such/mount/point"); },
+                ::testing::ThrowsMessage<std::runtime_error>(::testing::HasSubstr("/no/such/mount/point")));
 }
 
 TEST(PlatformStorage, LiveDiscoveryFindsTheRootFileSystem) {

@@ -82,10 +82,6 @@ TEST(RecordedMachines, NetworkSharesNeverReachTheDiskTool) {
     for (const auto& call : counting.calls) EXPECT_NE(call.back(), "/Volumes/media");
 }
 
-TEST(RecordedMachines, ReplayIsRepeatableAndEncodes) {
-    Replay first("mac-studio-external-usb");
-    Replay second("mac-studio-external-usb");
-    EXPECT_EQ(first.snapshot, second.snapshot);
-    Json encoded = first.snapshot;
-    EXPECT_EQ(encoded.get<StorageSnapshot>(), first.snapshot);
+TEST(RecordedMachines, ReplayIsRepeatable) {
+    EXPECT_EQ(Replay("mac-studio-external-usb").snapshot, Replay("mac-studio-external-usb").snapshot);
 }

@@ -4,10 +4,13 @@
 #include "command/DiskutilClient.h"
 #include "storage/DiskutilParseError.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace corvel;
 using namespace corvel::testing;
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
 
 namespace {
 
@@ -79,8 +82,8 @@ TEST(StorageDiscoverySnapshot, WithoutTheDiskToolVolumesStillAppearUnassigned) {
     StorageSnapshot snapshot = machine.snapshot();
     EXPECT_EQ(snapshot.capturedAt, now);
     EXPECT_TRUE(snapshot.disks.empty());
-    ASSERT_EQ(snapshot.warnings.size(), 1u);
-    EXPECT_EQ(snapshot.warnings[0], "Could not list physical disks: Could not launch command: no recording");
+    EXPECT_THAT(snapshot.warnings,
+                ElementsAre("Could not list physical disks: Could not launch command: no recording"));
     EXPECT_EQ(snapshot.volumes.size(), 2u);
     EXPECT_EQ(snapshot.unassignedVolumes().size(), 2u);
 }
@@ -89,9 +92,8 @@ TEST(StorageDiscoverySnapshot, UnreadableListIsAWarningWithTheParserText) {
     Machine machine;
     machine.runner.answer(diskutil, {"list", "-plist", "physical"}, xml(dict()));
     StorageSnapshot snapshot = machine.snapshot();
-    ASSERT_EQ(snapshot.warnings.size(), 1u);
-    EXPECT_EQ(snapshot.warnings[0], "Could not list physical disks: " +
-                                        DiskutilParseError::missingKey("AllDisksAndPartitions").description());
+    EXPECT_THAT(snapshot.warnings, ElementsAre("Could not list physical disks: " +
+                                               DiskutilParseError::missingKey("AllDisksAndPartitions").description()));
 }
 
 TEST(StorageDiscoverySnapshot, OneDiskTimingOutLeavesTheOthers) {
@@ -104,9 +106,8 @@ TEST(StorageDiscoverySnapshot, OneDiskTimingOutLeavesTheOthers) {
     ASSERT_EQ(snapshot.disks.size(), 1u);
     EXPECT_EQ(snapshot.disks[0].id, "disk0");
     EXPECT_EQ(snapshot.disks[0].sizeBytes, 1000);  // from the list entry
-    ASSERT_EQ(snapshot.warnings.size(), 2u);
-    EXPECT_EQ(snapshot.warnings[0], "Could not read details for disk4: Command timed out");
-    EXPECT_EQ(snapshot.warnings[1].rfind("Could not read details for disk6: ", 0), 0u);
+    EXPECT_THAT(snapshot.warnings, ElementsAre("Could not read details for disk4: Command timed out",
+                                               StartsWith("Could not read details for disk6: ")));
 }
 
 TEST(StorageDiscoverySnapshot, NetworkSharesNeverReachTheDiskTool) {
@@ -122,18 +123,16 @@ TEST(StorageDiscoverySnapshot, NetworkSharesNeverReachTheDiskTool) {
     EXPECT_TRUE(volume->isNetwork);
     EXPECT_EQ(volume->physicalDiskID, std::nullopt);
     // A failed volume info is silent.
-    EXPECT_TRUE(snapshot.warnings.size() == 1u && snapshot.warnings[0].rfind("Could not list physical disks", 0) == 0);
+    EXPECT_THAT(snapshot.warnings, ElementsAre(StartsWith("Could not list physical disks")));
 }
 
 TEST(StorageDiscoverySnapshot, SortsDisksInternalFirstThenByPlainID) {
     Machine machine;
     machine.runner.answer(diskutil, {"list", "-plist", "physical"},
                           list({"disk4", "disk2", "disk10", "disk0", "disk3"}));
-    machine.runner.answer(diskutil, {"info", "-plist", "disk4"}, diskInfo("disk4", false));
-    machine.runner.answer(diskutil, {"info", "-plist", "disk2"}, diskInfo("disk2", true));
-    machine.runner.answer(diskutil, {"info", "-plist", "disk10"}, diskInfo("disk10", true));
-    machine.runner.answer(diskutil, {"info", "-plist", "disk0"}, diskInfo("disk0", true));
-    machine.runner.answer(diskutil, {"info", "-plist", "disk3"}, diskInfo("disk3", false));
+    for (const auto& [id, internal] :
+         {std::pair{"disk4", false}, {"disk2", true}, {"disk10", true}, {"disk0", true}, {"disk3", false}})
+        machine.runner.answer(diskutil, {"info", "-plist", id}, diskInfo(id, internal));
     std::vector<std::string> order;
     for (const auto& disk : machine.snapshot().disks) order.push_back(disk.id);
     EXPECT_EQ(order, (std::vector<std::string>{"disk0", "disk10", "disk2", "disk3", "disk4"}));
@@ -192,26 +191,14 @@ TEST(StorageDiscoveryMakeVolume, FieldsFromRecordAndInfo) {
     r.typeName = "APFS";
     r.supportsCaseSensitiveNames = false;
     // The id is the disk tool's UUID (the record has none); purgeable space counts as free.
-    EXPECT_EQ(StorageDiscovery::makeVolume(r, apfsInfo(), {"disk0"}), (StorageVolume{"DATA-UUID",
-                                                                                     "Macintosh HD - Data",
-                                                                                     "/System/Volumes/Data",
-                                                                                     "disk3s5",
-                                                                                     "apfs",
-                                                                                     "APFS",
-                                                                                     1000,
-                                                                                     700,
-                                                                                     std::nullopt,
-                                                                                     true,
-                                                                                     false,
-                                                                                     true,
-                                                                                     false,
-                                                                                     false,
-                                                                                     true,
-                                                                                     true,
-                                                                                     false,
-                                                                                     "Apple Fabric",
-                                                                                     "disk3",
-                                                                                     "disk0"}));
+    // Compared as JSON, where an absent optional is an absent key.
+    EXPECT_EQ(Json(StorageDiscovery::makeVolume(r, apfsInfo(), {"disk0"})),
+              Json::parse(R"({"id":"DATA-UUID","name":"Macintosh HD - Data","mountPoint":"/System/Volumes/Data",)"
+                          R"("bsdName":"disk3s5","fileSystemType":"apfs","fileSystemName":"APFS","totalBytes":1000,)"
+                          R"("availableBytes":700,"isInternal":true,"isEjectable":false,"isReadOnly":true,)"
+                          R"("isNetwork":false,"isBootVolume":false,"isEncrypted":true,"ownershipEnabled":true,)"
+                          R"("supportsCaseSensitiveNames":false,"busProtocol":"Apple Fabric","containerID":"disk3",)"
+                          R"("physicalDiskID":"disk0"})"));
 }
 
 TEST(StorageDiscoveryMakeVolume, FallbacksWithoutTheDiskTool) {
@@ -219,26 +206,11 @@ TEST(StorageDiscoveryMakeVolume, FallbacksWithoutTheDiskTool) {
     r.typeName = "MSDOS";
     r.importantAvailableBytes = 0;  // not positive: the plain figure stands
     StorageVolume volume = StorageDiscovery::makeVolume(r, std::nullopt, {});
-    EXPECT_EQ(volume, (StorageVolume{"/Volumes/Stick",
-                                     "Stick",
-                                     "/Volumes/Stick",
-                                     std::nullopt,
-                                     "msdos",
-                                     "MSDOS",
-                                     1000,
-                                     400,
-                                     std::nullopt,
-                                     false,
-                                     false,
-                                     false,
-                                     false,
-                                     false,
-                                     std::nullopt,
-                                     std::nullopt,
-                                     std::nullopt,
-                                     std::nullopt,
-                                     std::nullopt,
-                                     std::nullopt}));
+    EXPECT_EQ(Json(volume),
+              Json::parse(R"({"id":"/Volumes/Stick","name":"Stick","mountPoint":"/Volumes/Stick",)"
+                          R"("fileSystemType":"msdos","fileSystemName":"MSDOS","totalBytes":1000,"availableBytes":400,)"
+                          R"("isInternal":false,"isEjectable":false,"isReadOnly":false,"isNetwork":false,)"
+                          R"("isBootVolume":false})"));
     r.uuid = "RECORD-UUID";
     r.typeName.reset();
     volume = StorageDiscovery::makeVolume(r, apfsInfo(), {});
