@@ -1,5 +1,7 @@
 #include "common/AtomicFile.h"
+#include "support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -13,22 +15,8 @@ namespace fs = std::filesystem;
 namespace {
 class AtomicFileTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder = fs::temp_directory_path() / ("velmora-atomic-" + std::to_string(::getpid()) + "-" +
-                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ec);
-        fs::remove_all(folder, ec);
-    }
-    std::vector<std::string> entries() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename().string());
-        return names;
-    }
-    fs::path folder;
+    corvel::testing::TemporaryFolder temporary;
+    const fs::path& folder = temporary.root();
 };
 }  // namespace
 
@@ -39,9 +27,7 @@ TEST_F(AtomicFileTest, WritesCreatingFoldersAndReplacesWhole) {
     AtomicFile::write(path, "second");
     EXPECT_EQ(AtomicFile::read(path), "second");
     // No temporary file is left beside it.
-    std::size_t count = 0;
-    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(path.parent_path())) ++count;
-    EXPECT_EQ(count, 1u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(path.parent_path()), fs::directory_iterator()), 1);
 }
 
 TEST_F(AtomicFileTest, AWriteRemovesTemporariesThatKilledWritersLeftBehindLongAgo) {
@@ -71,21 +57,16 @@ TEST_F(AtomicFileTest, AFailedWriteLeavesTheOldFile) {
     EXPECT_THROW(AtomicFile::write(path, "new"), FileError);
     fs::permissions(folder, fs::perms::owner_all);
     EXPECT_EQ(AtomicFile::read(path), "old");
-    EXPECT_EQ(entries().size(), 1u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
 }
 
 TEST_F(AtomicFileTest, AFailedWriteIntoAFolderThatIsAFileNamesThePath) {
-    fs::create_directories(folder);
     std::ofstream(folder / "blocker") << "x";
-    try {
-        AtomicFile::write(folder / "blocker" / "file.json", "data");
-        FAIL() << "wrote below a plain file";
-    } catch (const FileError& error) {
-        EXPECT_NE(std::string(error.what()).find("blocker"), std::string::npos) << error.what();
-    }
+    EXPECT_THAT([&] { AtomicFile::write(folder / "blocker" / "file.json", "data"); },
+                ::testing::ThrowsMessage<FileError>(::testing::HasSubstr("blocker")));
 }
 
 TEST_F(AtomicFileTest, UnreadableExistingFileIsAnError) {
-    fs::create_directories(folder / "a-folder");
+    fs::create_directory(folder / "a-folder");
     EXPECT_THROW(AtomicFile::read(folder / "a-folder"), FileError);
 }

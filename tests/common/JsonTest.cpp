@@ -1,8 +1,13 @@
 #include "common/Json.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace corvel;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using ::testing::StrEq;
+using ::testing::ThrowsMessage;
 
 TEST(JsonHelpers, OptionalFieldsAreAbsentKeys) {
     Json j = Json::object();
@@ -18,18 +23,8 @@ TEST(JsonHelpers, OptionalFieldsAreAbsentKeys) {
 
 TEST(JsonHelpers, DecodingErrorsNameTheKey) {
     const Json j{{"size", "big"}};
-    try {
-        required<std::int64_t>(j, "size");
-        FAIL() << "wrong type accepted";
-    } catch (const DecodingError& error) {
-        EXPECT_NE(std::string(error.what()).find("'size'"), std::string::npos) << error.what();
-    }
-    try {
-        required<std::string>(j, "name");
-        FAIL() << "missing key accepted";
-    } catch (const DecodingError& error) {
-        EXPECT_EQ(std::string(error.what()), "missing key 'name'");
-    }
+    EXPECT_THAT([&] { required<std::int64_t>(j, "size"); }, ThrowsMessage<DecodingError>(HasSubstr("'size'")));
+    EXPECT_THAT([&] { required<std::string>(j, "name"); }, ThrowsMessage<DecodingError>(StrEq("missing key 'name'")));
     EXPECT_THROW(optionalValue<bool>(j, "size"), DecodingError);
 }
 
@@ -47,12 +42,8 @@ TEST(JsonHelpers, FloatingPointNumbersBeyondAnIntegersRangeAreRefused) {
 
 TEST(JsonHelpers, ParseErrorsNameTheInput) {
     EXPECT_EQ(parseJsonText(R"({"a": [1, 2]})", "x").at("a").size(), 2u);
-    try {
-        parseJsonText("{\"a\": ", "settings.json");
-        FAIL() << "truncated JSON accepted";
-    } catch (const DecodingError& error) {
-        EXPECT_EQ(std::string(error.what()).rfind("settings.json: not valid JSON", 0), 0u) << error.what();
-    }
+    EXPECT_THAT([] { parseJsonText("{\"a\": ", "settings.json"); },
+                ThrowsMessage<DecodingError>(StartsWith("settings.json: not valid JSON")));
 }
 
 TEST(JsonHelpers, KeysKeepTheirWrittenOrder) {

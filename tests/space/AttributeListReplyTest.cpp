@@ -59,29 +59,19 @@ ReplyBuilder fullReply() {
     return reply;
 }
 
+// Attributes not returned take no space and keep their defaults: in a folder's reply (no file
+// group, no private size) the file id must still be found right after the device id.
 TEST(AttributeListReplyDecode, ReadsEveryReturnedAttributeInOrder) {
-    const auto facts = Reply::decode(fullReply().bytes());
-    ASSERT_TRUE(facts);
-    EXPECT_EQ(*facts, (FileSizeFacts{16777231, 0x1122334455667788u, 3, fileTime(1'700'000'000, 123'456'789), 10'000,
-                                     12'288, 4'096}));
-}
-
-TEST(AttributeListReplyDecode, AttributesNotReturnedTakeNoSpaceAndKeepDefaults) {
-    // A folder: no file group, no private size; the file id must still be found right after
-    // the device id.
-    ReplyBuilder reply(Reply::commonDeviceID | Reply::commonFileID, 0, 0);
-    reply.put(std::int32_t{7}).put(std::uint64_t{42});
-    const auto facts = Reply::decode(reply.bytes());
-    ASSERT_TRUE(facts);
-    EXPECT_EQ(*facts, (FileSizeFacts{7, 42, 1, std::nullopt, 0, 0, std::nullopt}));
-}
-
-TEST(AttributeListReplyDecode, AMissingPrivateSizeLeavesExclusiveAbsent) {
-    ReplyBuilder reply(Reply::commonFileID, Reply::fileTotalSize | Reply::fileAllocatedSize, 0);
-    reply.put(std::uint64_t{9}).put(std::int64_t{100}).put(std::int64_t{4096});
-    const auto facts = Reply::decode(reply.bytes());
-    ASSERT_TRUE(facts);
-    EXPECT_EQ(*facts, (FileSizeFacts{0, 9, 1, std::nullopt, 100, 4096, std::nullopt}));
+    ReplyBuilder folder(Reply::commonDeviceID | Reply::commonFileID, 0, 0);
+    folder.put(std::int32_t{7}).put(std::uint64_t{42});
+    ReplyBuilder withoutPrivateSize(Reply::commonFileID, Reply::fileTotalSize | Reply::fileAllocatedSize, 0);
+    withoutPrivateSize.put(std::uint64_t{9}).put(std::int64_t{100}).put(std::int64_t{4096});
+    const std::pair<ReplyBuilder, FileSizeFacts> cases[] = {
+        {fullReply(), {16777231, 0x1122334455667788u, 3, fileTime(1'700'000'000, 123'456'789), 10'000, 12'288, 4'096}},
+        {folder, {7, 42, 1, std::nullopt, 0, 0, std::nullopt}},
+        {withoutPrivateSize, {0, 9, 1, std::nullopt, 100, 4096, std::nullopt}},
+    };
+    for (const auto& [reply, expected] : cases) EXPECT_EQ(Reply::decode(reply.bytes()), expected);
 }
 
 TEST(AttributeListReplyDecode, RejectsRepliesShorterThanTheyClaim) {

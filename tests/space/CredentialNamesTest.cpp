@@ -12,11 +12,6 @@ using namespace corvel;
 
 namespace {
 
-struct NameRow {
-    const char* name;
-    bool credential;
-};
-
 // Names are lower-cased before the tables are searched, so an entry with a capital or a
 // duplicate would be a rule that silently never fires.
 template <std::size_t N>
@@ -31,97 +26,51 @@ void expectLowerCaseAndUnique(const std::array<std::string_view, N>& table) {
 
 }  // namespace
 
+// Any ".env." file counts, not only the listed ones; a word with no extension, or with one nobody
+// listed, decides; "key" is searched as text ("keyboard.pem"), a secret word only as a whole word
+// ("secretary.doc"). The public half, template and sample suffixes, logs and "public" (even beside
+// "private") veto; case never matters.
 TEST(CredentialNamesTest, NamesOnBothSidesOfEachRule) {
-    const NameRow rows[] = {
-        {"id_rsa", true},
-        {".env.example", false},
-        {"server.pem", false},
-        {"server-key.pem", true},
-        {"public-key.pem", false},
-        {"app.log.1", false},
-        {"notes.txt", false},
-        {"my_api_key", true},
-        {".env", true},
-        {"ID_ED25519", true},
-        {".Git-Credentials", true},
-        {"credentials", true},
-        {"keychain-db", true},
-        {".env.staging", true},  // any ".env." file, not only the listed ones
-        {".ENV.Production", true},
-        {"env", false},
-        {"id_rsa.pub", false},  // the public half
-        {"credentials-old", false},
-        {"prod.p12", true},
-        {"Vault.KDBX", true},
-        {"office.ovpn", true},
-        {"putty.ppk", true},
-        {"release.keystore", true},
-        {"AuthKey_ABC123.p8", true},
-        {"private.pem", true},
-        {"cert.pem", false},
-        {"private-public.pem", false},  // "public" vetoes even with "private" in the name
-        {"keyboard.pem", true},         // "key" is searched as text here, not as a word
-        {"id_rsa.sample", false},
-        {".env.template", false},
-        {"server.key.dist", false},
-        {"secrets.defaults", false},
-        {"API_KEY.EXAMPLE", false},
-        {"secret.1", false},
-        {"password.20261102", false},
-        {"db_password.txt", false},
-        {"secret.json", false},
-        {"passwords.sqlite3", false},
-        {"access_token.log", false},
-        {"db_password", true},      // no extension: the word decides
-        {"db_password.bak", true},  // an extension nobody listed does not silence it
-        {"my-secret-notes", true},
-        {"secretary.doc", false},  // not a whole word
-        {"github_token", true},
-        {"bearer.cfg", true},
-        {"holiday.jpeg", false},
-        {"readme", false},
-    };
-    for (const auto& row : rows) EXPECT_EQ(CredentialNames::looksLikeCredential(row.name), row.credential) << row.name;
+    for (const char* name : {"id_rsa",          "server-key.pem",   "my_api_key",       ".env",
+                             "ID_ED25519",      ".Git-Credentials", "credentials",      "keychain-db",
+                             ".env.staging",    ".ENV.Production",  "prod.p12",         "Vault.KDBX",
+                             "office.ovpn",     "putty.ppk",        "release.keystore", "AuthKey_ABC123.p8",
+                             "private.pem",     "keyboard.pem",     "db_password",      "db_password.bak",
+                             "my-secret-notes", "github_token",     "bearer.cfg"})
+        EXPECT_TRUE(CredentialNames::looksLikeCredential(name)) << name;
+    for (const char* name : {".env.example",       "server.pem",        "public-key.pem",
+                             "app.log.1",          "notes.txt",         "env",
+                             "id_rsa.pub",         "credentials-old",   "cert.pem",
+                             "private-public.pem", "id_rsa.sample",     ".env.template",
+                             "server.key.dist",    "secrets.defaults",  "API_KEY.EXAMPLE",
+                             "secret.1",           "password.20261102", "db_password.txt",
+                             "secret.json",        "passwords.sqlite3", "access_token.log",
+                             "secretary.doc",      "holiday.jpeg",      "readme"})
+        EXPECT_FALSE(CredentialNames::looksLikeCredential(name)) << name;
 }
 
+// A later occurrence counts when an earlier one is glued to letters. Bytes outside ASCII stand for
+// letters, down to 0x80 (the last byte of "Ѐ", U+0400).
 TEST(CredentialNamesTest, ContainsWordNeedsNonLettersOnBothSides) {
-    const std::pair<const char*, bool> rows[] = {
-        {"secret", true},
-        {"my-secret-notes", true},
-        {"top_secret", true},
-        {"secret2.cfg", true},
-        {"a.secret", true},
-        {"secretary", false},
-        {"xsecret", false},
-        {"secre", false},
-        {"secretary-secret", true},  // a later occurrence counts when an earlier one is glued to letters
-        // Bytes outside ASCII stand for letters, down to 0x80 (the last byte of "Ѐ", U+0400).
-        {"secret\xC3\xA4", false},
-        {"\xD0\x80secret", false},
-        {"\x7Fsecret", true},
-    };
-    for (const auto& [text, found] : rows) EXPECT_EQ(CredentialNames::containsWord("secret", text), found) << text;
+    for (const char* text :
+         {"secret", "my-secret-notes", "top_secret", "secret2.cfg", "a.secret", "secretary-secret", "\x7Fsecret"})
+        EXPECT_TRUE(CredentialNames::containsWord("secret", text)) << text;
+    for (const char* text : {"secretary", "xsecret", "secre", "secret\xC3\xA4", "\xD0\x80secret"})
+        EXPECT_FALSE(CredentialNames::containsWord("secret", text)) << text;
     EXPECT_FALSE(CredentialNames::containsWord("", "anything"));
 }
 
 TEST(CredentialNamesTest, TrashFoldersMustBeWholeComponents) {
-    const std::pair<const char*, bool> finder[] = {
-        {"/Users/me/.Trash/id_rsa", true},     {"/Volumes/USB/.Trashes/501/backup/.env", true},
-        {"/Users/me/.Trash", false},           {"/Users/me/Trash/id_rsa", false},
-        {"/Users/me/.Trashcan/id_rsa", false}, {"/home/me/.local/share/Trash/files/id_rsa", false},
-    };
-    for (const auto& [path, inTrash] : finder) EXPECT_EQ(CredentialNames::isInTrash(path), inTrash) << path;
-    const std::pair<const char*, bool> freedesktop[] = {
-        {"/home/me/.local/share/Trash/files/id_rsa", true},
-        {"/media/me/usb/.Trash-1000/files/.env", true},
-        {"/home/me/.local/share/Trash", false},
-        {"/home/me/.local/share/Trashy/x", false},
-        {"/media/me/usb/.Trash-/x", false},
-        {"/media/me/usb/.Trash-1000x/x", false},
-        {"/media/me/usb/.Trash-1000", false},
-    };
-    for (const auto& [path, inTrash] : freedesktop)
-        EXPECT_EQ(CredentialNames::isInFreedesktopTrash(path), inTrash) << path;
+    for (const char* path : {"/Users/me/.Trash/id_rsa", "/Volumes/USB/.Trashes/501/backup/.env"})
+        EXPECT_TRUE(CredentialNames::isInTrash(path)) << path;
+    for (const char* path : {"/Users/me/.Trash", "/Users/me/Trash/id_rsa", "/Users/me/.Trashcan/id_rsa",
+                             "/home/me/.local/share/Trash/files/id_rsa"})
+        EXPECT_FALSE(CredentialNames::isInTrash(path)) << path;
+    for (const char* path : {"/home/me/.local/share/Trash/files/id_rsa", "/media/me/usb/.Trash-1000/files/.env"})
+        EXPECT_TRUE(CredentialNames::isInFreedesktopTrash(path)) << path;
+    for (const char* path : {"/home/me/.local/share/Trash", "/home/me/.local/share/Trashy/x", "/media/me/usb/.Trash-/x",
+                             "/media/me/usb/.Trash-1000x/x", "/media/me/usb/.Trash-1000"})
+        EXPECT_FALSE(CredentialNames::isInFreedesktopTrash(path)) << path;
 }
 
 TEST(CredentialNamesTest, TablesAreLowerCaseWithoutDuplicates) {

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <dirent.h>
@@ -7,7 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "space/DirectoryReader.h"
 #include "space/FileAttributes.h"
 
@@ -17,6 +18,12 @@ namespace {
 using DirectoryReader::Entry;
 using DirectoryReader::EntryType;
 using DirectoryReader::Failure;
+using ::testing::AllOf;
+using ::testing::Eq;
+using ::testing::HasSubstr;
+using ::testing::Property;
+using ::testing::Throws;
+using ::testing::ThrowsMessage;
 
 std::vector<Entry> sorted(std::vector<Entry> entries) {
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.name < b.name; });
@@ -24,26 +31,25 @@ std::vector<Entry> sorted(std::vector<Entry> entries) {
 }
 
 TEST(DirectoryReaderRead, ListsEveryEntryWithItsTypeAndWithoutDotEntries) {
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
     folder.write("file.txt", "x");
     folder.write(".hidden", "y");
-    folder.createDirectories("sub");
+    folder.makeFolder("sub");
     ASSERT_EQ(symlink("file.txt", folder.path("link").c_str()), 0);
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
-    EXPECT_EQ(sorted(DirectoryReader::read(folder.root().string())),
-              (std::vector<Entry>{{".hidden", EntryType::regular},
-                                  {"file.txt", EntryType::regular},
-                                  {"link", EntryType::symlink},
-                                  {"pipe", EntryType::other},
-                                  {"sub", EntryType::directory}}));
+    EXPECT_EQ(sorted(DirectoryReader::read(folder.path())), (std::vector<Entry>{{".hidden", EntryType::regular},
+                                                                                {"file.txt", EntryType::regular},
+                                                                                {"link", EntryType::symlink},
+                                                                                {"pipe", EntryType::other},
+                                                                                {"sub", EntryType::directory}}));
     EXPECT_TRUE(DirectoryReader::read(folder.path("sub")).empty());
 }
 
 TEST(DirectoryReaderRead, KeepsNameBytesSoThatChildPathsStillOpen) {
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
     const std::string latin1Name = "caf\xE9.txt";  // not UTF-8
     folder.write(latin1Name, "data");
-    const auto entries = DirectoryReader::read(folder.root().string());
+    const auto entries = DirectoryReader::read(folder.path());
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].name, latin1Name);
     const auto facts = FileAttributes::facts(folder.path(entries[0].name));
@@ -52,46 +58,35 @@ TEST(DirectoryReaderRead, KeepsNameBytesSoThatChildPathsStillOpen) {
 }
 
 TEST(DirectoryReaderRead, ReportsMissingFoldersAndFilesAsOtherFailures) {
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
     folder.write("plain.txt", "x");
 
-    try {
-        DirectoryReader::read(folder.path("missing"));
-        FAIL() << "a missing folder was listed";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure, Failure::other(ENOENT, "ignored"));
-        EXPECT_NE(std::string(failure.what()).find(folder.path("missing")), std::string::npos);
-    }
-    try {
-        DirectoryReader::read(folder.path("plain.txt"));
-        FAIL() << "a file was listed as a folder";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.kind(), Failure::Kind::other);
-        EXPECT_EQ(failure.errorNumber(), ENOTDIR);
-    }
+    const auto readMissing = [&] { DirectoryReader::read(folder.path("missing")); };
+    EXPECT_THAT(readMissing, Throws<Failure>(Eq(Failure::other(ENOENT, "ignored"))));
+    EXPECT_THAT(readMissing, ThrowsMessage<Failure>(HasSubstr(folder.path("missing"))));
+    EXPECT_THAT([&] { DirectoryReader::read(folder.path("plain.txt")); },
+                Throws<Failure>(
+                    AllOf(Property(&Failure::kind, Failure::Kind::other), Property(&Failure::errorNumber, ENOTDIR))));
     EXPECT_FALSE(DirectoryReader::entries(folder.path("missing")));
-    EXPECT_TRUE(DirectoryReader::entries(folder.root().string()));
+    EXPECT_TRUE(DirectoryReader::entries(folder.path()));
 }
 
 TEST(DirectoryReaderRead, ReportsALockedFolderAsDenied) {
     if (geteuid() == 0) GTEST_SKIP() << "running as root: folder permissions do not stop root";
-    spacetest::FootprintTestFolder folder;
-    folder.createDirectories("locked");
+    spacetest::TemporaryFolder folder;
+    folder.makeFolder("locked");
     ASSERT_EQ(chmod(folder.path("locked").c_str(), 0), 0);
-    try {
-        DirectoryReader::read(folder.path("locked"));
-        FAIL() << "a locked folder was listed";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.kind(), Failure::Kind::accessDenied);
-    }
+    EXPECT_THAT([&] { DirectoryReader::read(folder.path("locked")); },
+                Throws<Failure>(Property(&Failure::kind, Failure::Kind::accessDenied)));
 }
 
 TEST(DirectoryReaderEntryType, MapsTheEntryTypeByteAndLeavesUnknownAsOther) {
-    EXPECT_EQ(DirectoryReader::entryType(DT_DIR), EntryType::directory);
-    EXPECT_EQ(DirectoryReader::entryType(DT_REG), EntryType::regular);
-    EXPECT_EQ(DirectoryReader::entryType(DT_LNK), EntryType::symlink);
-    EXPECT_EQ(DirectoryReader::entryType(DT_UNKNOWN), EntryType::other);
-    EXPECT_EQ(DirectoryReader::entryType(DT_SOCK), EntryType::other);
+    for (const auto& [byte, type] : {std::pair{DT_DIR, EntryType::directory},
+                                     {DT_REG, EntryType::regular},
+                                     {DT_LNK, EntryType::symlink},
+                                     {DT_UNKNOWN, EntryType::other},
+                                     {DT_SOCK, EntryType::other}})
+        EXPECT_EQ(DirectoryReader::entryType(byte), type) << int(byte);
 }
 
 TEST(DirectoryReaderRepairedUTF8, KeepsValidTextAndReplacesEachBadByte) {

@@ -7,12 +7,13 @@
 #include <cstring>
 
 #include "FakeFileSystem.h"
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "space/DirectorySizer.h"
 
 namespace corvel {
 namespace {
 
+using spacetest::blocksOf;
 using spacetest::FakeFileSystem;
 
 const TimePoint now = fileTime(1'800'000'000, 0);
@@ -29,54 +30,35 @@ std::optional<DirectoryMeasurement> measure(FakeFileSystem& files, const std::st
     return DirectorySizer::measure(location, now, progress, isCancelled, files);
 }
 
-std::int64_t allocatedOnDisk(const std::string& path) {
-    struct stat result {};
-    if (lstat(path.c_str(), &result) != 0) return -1;
-    return static_cast<std::int64_t>(result.st_blocks) * 512;
-}
-
-TEST(DirectorySizerOnDisk, NothingAtTheLocationGivesNoMeasurementRatherThanZero) {
-    spacetest::FootprintTestFolder folder;
-    EXPECT_FALSE(measure(folder.path("Android/Sdk")));
-    ASSERT_EQ(symlink("missing-target", folder.path("dangling").c_str()), 0);
-    EXPECT_FALSE(measure(folder.path("dangling")));
-}
-
-TEST(DirectorySizerOnDisk, ASingleFileIsOneFileOfItsAllocatedSize) {
-    spacetest::FootprintTestFolder folder;
-    folder.write("cache.db", std::string(50'000, 'c'));
-    const auto measurement = measure(folder.path("cache.db"));
-    ASSERT_TRUE(measurement);
-    EXPECT_EQ(*measurement, (DirectoryMeasurement{allocatedOnDisk(folder.path("cache.db")), 1, now, false, {}}));
-    EXPECT_GE(measurement->allocatedBytes, 50'000);
-}
-
-TEST(DirectorySizerOnDisk, SumsRegularFilesIncludingHiddenOnesWithoutFollowingLinks) {
-    spacetest::FootprintTestFolder folder;
+// One staged tree, measured at each kind of location.
+TEST(DirectorySizerOnDisk, MeasuresAFileAFolderOrALinksTargetWithoutFollowingLinksInside) {
+    spacetest::TemporaryFolder folder;
     folder.write("outside/huge.bin", std::string(400'000, 'h'));
     folder.write("cache/a.bin", std::string(10'000, 'a'));
     folder.write("cache/.hidden/b.bin", std::string(20'000, 'b'));
     folder.write("cache/deep/er/c.bin", "c");
     ASSERT_EQ(symlink(folder.path("outside").c_str(), folder.path("cache/link-dir").c_str()), 0);
     ASSERT_EQ(symlink(folder.path("outside/huge.bin").c_str(), folder.path("cache/link").c_str()), 0);
-    const auto measurement = measure(folder.path("cache"));
-    ASSERT_TRUE(measurement);
-    EXPECT_EQ(measurement->fileCount, 3);
-    EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("cache/a.bin")) +
-                                               allocatedOnDisk(folder.path("cache/.hidden/b.bin")) +
-                                               allocatedOnDisk(folder.path("cache/deep/er/c.bin")));
-    EXPECT_EQ(measurement->measuredAt, now);
-    EXPECT_FALSE(measurement->wasCancelled);
-}
+    ASSERT_EQ(symlink("outside", folder.path(".npm").c_str()), 0);
+    ASSERT_EQ(symlink("missing-target", folder.path("dangling").c_str()), 0);
 
-TEST(DirectorySizerOnDisk, ALocationThatIsALinkIsMeasuredAtItsTarget) {
-    spacetest::FootprintTestFolder folder;
-    folder.write("elsewhere/pkg/a.bin", std::string(8'000, 'a'));
-    ASSERT_EQ(symlink("elsewhere", folder.path(".npm").c_str()), 0);
-    const auto measurement = measure(folder.path(".npm"));
-    ASSERT_TRUE(measurement);
-    EXPECT_EQ(measurement->fileCount, 1);
-    EXPECT_EQ(measurement->allocatedBytes, allocatedOnDisk(folder.path("elsewhere/pkg/a.bin")));
+    // Nothing at the location gives no measurement rather than zero.
+    EXPECT_FALSE(measure(folder.path("Android/Sdk")));
+    EXPECT_FALSE(measure(folder.path("dangling")));
+    const std::int64_t aBytes = blocksOf(folder.path("cache/a.bin"));
+    EXPECT_GE(aBytes, 10'000);
+    EXPECT_EQ(measure(folder.path("cache/a.bin")), (DirectoryMeasurement{aBytes, 1, now, false, {}}));
+    // Hidden files count; the links inside are not followed.
+    EXPECT_EQ(measure(folder.path("cache")),
+              (DirectoryMeasurement{
+                  aBytes + blocksOf(folder.path("cache/.hidden/b.bin")) + blocksOf(folder.path("cache/deep/er/c.bin")),
+                  3,
+                  now,
+                  false,
+                  {}}));
+    // A location that is itself a link is measured at its target.
+    EXPECT_EQ(measure(folder.path(".npm")),
+              (DirectoryMeasurement{blocksOf(folder.path("outside/huge.bin")), 1, now, false, {}}));
 }
 
 TEST(DirectorySizerWalk, AnUnreadableSubfolderIsCountedAndDoesNotStopTheSurvey) {

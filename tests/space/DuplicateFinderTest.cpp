@@ -1,5 +1,5 @@
 // Duplicate candidates: what may be compared at all, and what the contents decide.
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "space/DuplicateFinder.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@ namespace corvel {
 namespace {
 
 using DuplicateFinder::Candidate;
-using spacetest::FootprintTestFolder;
+using spacetest::TemporaryFolder;
 
 Candidate candidate(const std::string& path, std::int64_t length, std::uint64_t inode, std::int64_t physical = -1) {
     return {path, length, length, 1, inode, physical};
@@ -23,7 +23,7 @@ std::vector<DuplicateGroup> groupsOf(std::vector<Candidate> candidates, const st
     return DuplicateFinder::find(std::move(candidates), 2, progress, isCancelled).groups;
 }
 
-Candidate onDisk(const FootprintTestFolder& folder, const std::string& relative) {
+Candidate onDisk(const TemporaryFolder& folder, const std::string& relative) {
     struct stat st {};
     const std::string path = folder.path(relative);
     if (::stat(path.c_str(), &st) != 0) throw std::runtime_error("stat " + path);
@@ -50,7 +50,7 @@ TEST(DuplicateFinderGroups, OnlyEqualLengthsWithDistinctInodesAndCloneFamiliesAr
 }
 
 TEST(DuplicateFinderContents, SameContentIsADuplicateAndADifferentTailIsNot) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     const std::string content(300'000, 'c');
     std::string tail = content;
     tail[299'999] = 'T';
@@ -74,7 +74,7 @@ TEST(DuplicateFinderContents, SameContentIsADuplicateAndADifferentTailIsNot) {
 }
 
 TEST(DuplicateFinderContents, UnreadableFilesDropOutAndCancellingFindsNothing) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("x", "same");
     folder.write("y", "same");
     auto gone = onDisk(folder, "y");
@@ -86,7 +86,7 @@ TEST(DuplicateFinderContents, UnreadableFilesDropOutAndCancellingFindsNothing) {
 }
 
 TEST(DuplicateFinderContents, SparseFilesAreLeftOutAndHashingIsCountedAndCancellableBetweenBlocks) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     // Two empty sparse images: all holes, so reading them would only read zeros.
     folder.write("image-1.img", "");
     folder.write("image-2.img", "");

@@ -68,17 +68,14 @@ TEST(FiemapReplyDecode, RejectsBuffersThatCannotHoldWhatTheyClaim) {
     EXPECT_FALSE(FiemapReply::decode(FiemapBuffer(2, 3).bytes()));  // more mapped than room
 }
 
+// Continues after the last extent until the file ends, and stops when a reply does not advance.
 TEST(FiemapReplyNextStart, ContinuesAfterTheLastExtentUntilTheFileEnds) {
     FiemapReply::Batch batch{{{0, 0, 4096, 0}, {4096, 100, 8192, 0}}, false};
     EXPECT_EQ(FiemapReply::nextStart(batch, 0), std::optional<std::uint64_t>(12288));
+    EXPECT_FALSE(FiemapReply::nextStart(batch, 12288));
     batch.isLast = true;
     EXPECT_FALSE(FiemapReply::nextStart(batch, 0));
     EXPECT_FALSE(FiemapReply::nextStart(FiemapReply::Batch{}, 0));
-}
-
-TEST(FiemapReplyNextStart, StopsWhenAReplyDoesNotAdvance) {
-    const FiemapReply::Batch batch{{{0, 0, 4096, 0}}, false};
-    EXPECT_FALSE(FiemapReply::nextStart(batch, 4096));
     const FiemapReply::Batch overflowing{{{std::numeric_limits<std::uint64_t>::max() - 10, 0, 4096, 0}}, false};
     EXPECT_FALSE(FiemapReply::nextStart(overflowing, 0));
 }
@@ -120,7 +117,10 @@ TEST(FiemapReplyCorrupt, ImpossibleExtentsAreLeftOutAndSumsStopAtTheLargestValue
          static_cast<std::int64_t>(most),
          {{0, static_cast<std::int64_t>(most - 1)}, {0, static_cast<std::int64_t>(most - 1)}}},
         {{{0, 0, most + 1, 0}, {most, most, 2, 0}}, 0, {}},
-        {{{0, 0, quarter, 0}, {0, quarter, quarter, 0}, {0, 2 * quarter, quarter, 0}, {0, 3 * quarter, quarter, 0},
+        {{{0, 0, quarter, 0},
+          {0, quarter, quarter, 0},
+          {0, 2 * quarter, quarter, 0},
+          {0, 3 * quarter, quarter, 0},
           {0, 0, quarter, 0}},
          static_cast<std::int64_t>(most),
          {{0, static_cast<std::int64_t>(quarter - 1)},

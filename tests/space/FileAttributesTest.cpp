@@ -4,15 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "FootprintTestFolder.h"
-#include "space/BlockSharing.h"
+#include "SpaceTestFiles.h"
 #include "space/FileAttributes.h"
 
 namespace corvel {
 namespace {
 
 TEST(FileAttributesFacts, MatchesWhatLstatSaysAboutTheFile) {
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
     folder.write("data.bin", std::string(70'000, 'd'));
     ASSERT_EQ(link(folder.path("data.bin").c_str(), folder.path("second-name").c_str()), 0);
     struct stat expected {};
@@ -36,8 +35,8 @@ TEST(FileAttributesFacts, MatchesWhatLstatSaysAboutTheFile) {
     EXPECT_EQ(status->allocatedBytes, facts->allocatedBytes);
 }
 
-TEST(FileAttributesFacts, DoesNotFollowAFinalSymbolicLink) {
-    spacetest::FootprintTestFolder folder;
+TEST(FileAttributesFacts, DoesNotFollowAFinalSymbolicLinkAndAMissingPathHasNoFacts) {
+    spacetest::TemporaryFolder folder;
     folder.write("target.bin", std::string(100'000, 't'));
     ASSERT_EQ(symlink("target.bin", folder.path("link").c_str()), 0);
     const auto facts = FileAttributes::facts(folder.path("link"));
@@ -45,17 +44,14 @@ TEST(FileAttributesFacts, DoesNotFollowAFinalSymbolicLink) {
     EXPECT_EQ(facts->logicalBytes, 10);  // the length of "target.bin"
     EXPECT_EQ(FileAttributes::status(folder.path("link"))->type, DirectoryReader::EntryType::symlink);
     EXPECT_FALSE(FileAttributes::physicalExtents(folder.path("link"), 10));
-}
-
-TEST(FileAttributesFacts, AMissingPathHasNoFacts) {
-    spacetest::FootprintTestFolder folder;
+    // A missing path has no facts.
     EXPECT_FALSE(FileAttributes::facts(folder.path("missing")));
     EXPECT_FALSE(FileAttributes::status(folder.path("missing")));
     EXPECT_FALSE(FileAttributes::physicalExtents(folder.path("missing"), 100));
 }
 
 TEST(FileAttributesExtents, AnEmptyFileHasNoExtentsAndWrittenDataHasItsOwn) {
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
     folder.write("empty", "");
     EXPECT_EQ(FileAttributes::physicalExtents(folder.path("empty"), 0),
               std::optional<std::vector<ExtentRange>>(std::vector<ExtentRange>{}));
@@ -66,15 +62,6 @@ TEST(FileAttributesExtents, AnEmptyFileHasNoExtentsAndWrittenDataHasItsOwn) {
     ExtentUnion extents;
     extents.add(*ranges);
     EXPECT_EQ(extents.bytes(), 256 * 1024);
-}
-
-TEST(BlockSharingTable, KnowsWhichFileSystemsCanShareBlocks) {
-    EXPECT_TRUE(BlockSharing::canShareBlocks(0x58465342));   // XFS
-    EXPECT_TRUE(BlockSharing::canShareBlocks(0x9123683E));   // btrfs
-    EXPECT_TRUE(BlockSharing::canShareBlocks(0xCA451A4E));   // bcachefs
-    EXPECT_FALSE(BlockSharing::canShareBlocks(0xEF53));      // ext2/3/4
-    EXPECT_FALSE(BlockSharing::canShareBlocks(0x01021994));  // tmpfs
-    EXPECT_FALSE(BlockSharing::canShareBlocks(0));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 #include "BindMount.h"
 #include "FakeFileSystem.h"
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "space/FileAttributes.h"
 #include "space/PhysicalFootprint.h"
 
@@ -146,8 +146,8 @@ TEST(PhysicalFootprintWalk, FailuresAreCountedPerReasonWithTheFoldersNamedAndThe
     const Result result = measureFake(files, "/data");
     EXPECT_EQ(result.deniedDirectories, 3);
     EXPECT_EQ(result.total, (Totals{50, 50, 50, 2, 1}));
-    EXPECT_THAT(result.failures.byError,
-                ElementsAre(FailureCount{EIO, std::strerror(EIO), 2, 1}, FailureCount{EACCES, std::strerror(EACCES), 1, 0}));
+    EXPECT_THAT(result.failures.byError, ElementsAre(FailureCount{EIO, std::strerror(EIO), 2, 1},
+                                                     FailureCount{EACCES, std::strerror(EACCES), 1, 0}));
     EXPECT_THAT(result.failures.deniedFolders,
                 ::testing::UnorderedElementsAre("/data/secret", "/data/broken-disk", "/data/half-listed"));
     EXPECT_FALSE(result.rootError);
@@ -224,33 +224,26 @@ TEST(PhysicalFootprintAreas, TheRootCanBeAnArea) {
 
 // --- cancellation ------------------------------------------------------------------------------
 
-TEST(PhysicalFootprintCancellation, BeforeTheFirstFolderGivesZerosFlaggedCancelled) {
+TEST(PhysicalFootprintCancellation, StopsAtTheNextFolderKeepingWhatWasMeasured) {
     FakeFileSystem files;
-    files.directory("/data").file("/data/f", 10, {{0, 9}}, 10);
-    const Result result = measureFake(files, "/data", {"/data"}, [] { return true; });
+    files.directory("/data").file("/data/f", 10, {{0, 9}}, 10).directory("/data/last");
+    // Before the first folder: zeros, flagged cancelled.
+    Result result = measureFake(files, "/data", {"/data"}, [] { return true; });
     EXPECT_TRUE(result.wasCancelled);
     EXPECT_EQ(result.total, Totals{});
     EXPECT_EQ(result.areas.at("/data"), Totals{});
     EXPECT_EQ(files.directoryReads, 0);
-}
-
-TEST(PhysicalFootprintCancellation, NoticedAtTheLastFolderStillCounts) {
-    FakeFileSystem files;
-    files.directory("/data").file("/data/f", 10, {{0, 9}}, 10).directory("/data/last");
+    // Noticed at the last folder: what was measured before stays.
     int polls = 0;
-    const Result result = measureFake(files, "/data", {}, [&] { return ++polls == 2; });
+    result = measureFake(files, "/data", {}, [&] { return ++polls == 2; });
     EXPECT_TRUE(result.wasCancelled);
-    EXPECT_EQ(result.total.fileCount, 1);  // what was measured before stays
+    EXPECT_EQ(result.total.fileCount, 1);
     EXPECT_EQ(files.directoryReads, 1);
-}
-
-TEST(PhysicalFootprintCancellation, AFinishedWalkIsNotCancelled) {
-    FakeFileSystem files;
-    files.directory("/data").directory("/data/a").directory("/data/b");
-    int polls = 0;
-    const Result result = measureFake(files, "/data", {}, [&] { return ++polls > 3; });
+    // A walk that finishes before the check would answer yes is not cancelled.
+    polls = 0;
+    result = measureFake(files, "/data", {}, [&] { return ++polls > 2; });
     EXPECT_FALSE(result.wasCancelled);
-    EXPECT_EQ(polls, 3);
+    EXPECT_EQ(polls, 2);
 }
 
 TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
@@ -261,10 +254,11 @@ TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
     result.wasCancelled = true;
     const Json json = result;
     result.failures.folderFailed(EACCES, "/x/locked");
-    EXPECT_EQ(json.dump(), R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
-                           R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
-                           R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
-                           R"("deniedDirectories":2,"wasCancelled":true,"failures":{"byError":[],"deniedFolders":[]}})");
+    EXPECT_EQ(json.dump(),
+              R"({"total":{"logicalBytes":1,"allocatedBytes":2,"uniquePhysicalBytes":3,)"
+              R"("fileCount":4,"unreadableFiles":5},"areas":{"/x":{"logicalBytes":6,)"
+              R"("allocatedBytes":7,"uniquePhysicalBytes":8,"fileCount":9,"unreadableFiles":10}},)"
+              R"("deniedDirectories":2,"wasCancelled":true,"failures":{"byError":[],"deniedFolders":[]}})");
     const Json withFailures = result;
     EXPECT_EQ(withFailures["failures"]["byError"][0]["errorNumber"], EACCES);
     EXPECT_EQ(withFailures.get<Result>(), result);
@@ -274,12 +268,12 @@ TEST(PhysicalFootprintJson, EncodesWithFieldNamesInOrderAndRoundTrips) {
 
 class PhysicalFootprintOnDisk : public ::testing::Test {
 protected:
-    spacetest::FootprintTestFolder folder;
+    spacetest::TemporaryFolder folder;
 };
 
 TEST_F(PhysicalFootprintOnDisk, HardLinksInsideTheTreeCountOnce) {
     folder.write("a/data.bin", std::string(10'000, 'x'));
-    folder.createDirectories("b");
+    folder.makeFolder("b");
     ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("b/link.bin").c_str()), 0);
     ASSERT_EQ(link(folder.path("a/data.bin").c_str(), folder.path("link2.bin").c_str()), 0);
     const Result result = measureOnDisk(folder.root());
@@ -314,7 +308,7 @@ TEST_F(PhysicalFootprintOnDisk, AnUnreadableFolderCountsAsDenied) {
 }
 
 TEST_F(PhysicalFootprintOnDisk, AChainDeeperThanTheLongestPathIsMeasuredInFull) {
-    folder.deepChain("chain", std::string(40, 'd'), 150, 5'000);  // 150 × 41 characters, past 4,096
+    const spacetest::DeepChain chain(folder.makeFolder("chain"), std::string(40, 'd'), 150, 5'000);  // past 4,096
     const Result result = measureOnDisk(folder.path("chain"));
     EXPECT_EQ(result.total.fileCount, 2);
     EXPECT_EQ(result.total.logicalBytes, 10'000);
@@ -324,7 +318,7 @@ TEST_F(PhysicalFootprintOnDisk, AChainDeeperThanTheLongestPathIsMeasuredInFull) 
 
 TEST_F(PhysicalFootprintOnDisk, ABindMountOfAFolderInsideItsOwnTreeIsNotCountedAgain) {
     folder.write("tree/data/file.bin", std::string(30'000, 'b'));
-    folder.createDirectories("tree/data/view");
+    folder.makeFolder("tree/data/view");
     const spacetest::BindMount mount(folder.path("tree/data"), folder.path("tree/data/view"));
     if (!mount.mounted()) GTEST_SKIP() << mount.reason();
     const Result result = measureOnDisk(folder.path("tree"));

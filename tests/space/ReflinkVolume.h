@@ -17,7 +17,7 @@
 #include <random>
 #include <string>
 
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 
 namespace corvel::spacetest {
 
@@ -39,7 +39,7 @@ public:
             skipReason_ = "mkfs.xfs (xfsprogs) is not installed";
             return;
         }
-        workspace_ = std::make_unique<FootprintTestFolder>();
+        workspace_ = std::make_unique<TemporaryFolder>();
         const std::string image = workspace_->path("xfs.img");
         mountPoint_ = workspace_->path("mnt");
         std::filesystem::create_directories(mountPoint_);
@@ -72,7 +72,7 @@ public:
     std::string workspace() const { return workspace_ ? workspace_->root().string() : std::string(); }
 
 private:
-    std::unique_ptr<FootprintTestFolder> workspace_;
+    std::unique_ptr<TemporaryFolder> workspace_;
     std::string mountPoint_;
     std::string skipReason_;
     bool mounted_ = false;

@@ -15,12 +15,7 @@ namespace corvel {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::int64_t blocksOf(const std::string& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) throw std::runtime_error("lstat " + path);
-    return static_cast<std::int64_t>(st.st_blocks) * 512;
-}
+using spacetest::blocksOf;
 
 class SpaceScannerOnReflinks : public spacetest::ReflinkVolumeTest {
 protected:

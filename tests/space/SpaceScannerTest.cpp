@@ -1,11 +1,12 @@
 // The space scanner on real temporary trees: what it counts, what it refuses to count, and how
 // it stops.
 #include "BindMount.h"
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "space/ScanReporting.h"
 #include "space/SpaceScanner.h"
 #include "space/SpaceTreeBuilder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,13 +27,8 @@
 namespace corvel {
 namespace {
 
-using spacetest::FootprintTestFolder;
-
-std::int64_t blocksOf(const std::string& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) throw std::runtime_error("lstat " + path);
-    return static_cast<std::int64_t>(st.st_blocks) * 512;
-}
+using spacetest::blocksOf;
+using spacetest::TemporaryFolder;
 
 // What du -s -B1 reports: st_blocks of every inode below the root (the root included), each once.
 std::int64_t duTotal(const std::filesystem::path& root) {
@@ -70,15 +66,15 @@ const SpaceNode* childNamed(const SpaceNode& node, const std::string& name) {
 }
 
 TEST(SpaceScannerTotals, AllocatedTotalEqualsBlocksOverUniqueInodes) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     for (int i = 0; i < 40; ++i)
         folder.write("p" + std::to_string(i % 7) + "/d" + std::to_string(i % 3) + "/f" + std::to_string(i),
                      std::string(static_cast<std::size_t>(i) * 1111, 'x'));
     folder.write("empty-file", "");
-    folder.createDirectories("empty/deeper/still");
+    folder.makeFolder("empty/deeper/still");
     std::filesystem::create_hard_link(folder.path("p1/d1/f1"), folder.path("p2/link"));
     std::filesystem::create_symlink("p1", folder.path("to-p1"));
-    const ScanTree tree = scanOf(folder.root().string());
+    const ScanTree tree = scanOf(folder.path());
     EXPECT_EQ(tree.root->allocatedBytes, duTotal(folder.root()));
     EXPECT_EQ(tree.root->fileCount, 41);               // the hard link's second name is not a second file
     EXPECT_EQ(tree.root->directoryCount, 7 + 21 + 3);  // p*, every p*/d* pair, empty/deeper/still
@@ -86,7 +82,7 @@ TEST(SpaceScannerTotals, AllocatedTotalEqualsBlocksOverUniqueInodes) {
 }
 
 TEST(SpaceScannerTotals, SameResultWithOneThreadOrMany) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     for (int i = 0; i < 300; ++i)
         folder.write("a" + std::to_string(i % 13) + "/b" + std::to_string(i % 5) + "/f" + std::to_string(i),
                      std::string(static_cast<std::size_t>(i) * 97, 'y'));
@@ -94,8 +90,8 @@ TEST(SpaceScannerTotals, SameResultWithOneThreadOrMany) {
     one.threads = 1;
     SpaceScanOptions many;
     many.threads = 16;
-    const ScanTree a = scanOf(folder.root().string(), one);
-    const ScanTree b = scanOf(folder.root().string(), many);
+    const ScanTree a = scanOf(folder.path(), one);
+    const ScanTree b = scanOf(folder.path(), many);
     EXPECT_EQ(a.root->allocatedBytes, b.root->allocatedBytes);
     EXPECT_EQ(a.root->logicalBytes, b.root->logicalBytes);
     EXPECT_EQ(a.root->fileCount, 300);
@@ -104,15 +100,15 @@ TEST(SpaceScannerTotals, SameResultWithOneThreadOrMany) {
 }
 
 TEST(SpaceScannerLinks, HardLinksCountOnceAndAreExclusiveOnlyWhereAllNamesLie) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("inside/a/file", std::string(100000, 'h'));
-    folder.createDirectories("inside/b");
+    folder.makeFolder("inside/b");
     std::filesystem::create_hard_link(folder.path("inside/a/file"), folder.path("inside/b/second-name"));
     folder.write("other/alone", std::string(50000, 'o'));
     std::filesystem::create_hard_link(folder.path("other/alone"), folder.path("outside-name"));
     const std::int64_t fileBlocks = blocksOf(folder.path("inside/a/file"));
 
-    const ScanTree whole = scanOf(folder.root().string());
+    const ScanTree whole = scanOf(folder.path());
     EXPECT_EQ(whole.root->allocatedBytes, duTotal(folder.root()));
     EXPECT_EQ(whole.hardLinkSavedBytes, fileBlocks + blocksOf(folder.path("other/alone")));
 
@@ -133,14 +129,14 @@ TEST(SpaceScannerLinks, HardLinksCountOnceAndAreExclusiveOnlyWhereAllNamesLie) {
 }
 
 TEST(SpaceScannerLinks, SymbolicLinksAreNeverFollowed) {
-    FootprintTestFolder outside;
+    TemporaryFolder outside;
     outside.write("huge", std::string(2'000'000, 'z'));
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("real/file", "abc");
     std::filesystem::create_directory_symlink(outside.root(), folder.path("link-out"));
     std::filesystem::create_directory_symlink(folder.path("real"), folder.path("link-in"));
     std::filesystem::create_symlink(outside.path("huge"), folder.path("file-link"));
-    const ScanTree tree = scanOf(folder.root().string());
+    const ScanTree tree = scanOf(folder.path());
     EXPECT_EQ(tree.root->allocatedBytes, duTotal(folder.root()));
     EXPECT_LT(tree.root->allocatedBytes, 1'000'000);
     EXPECT_EQ(tree.root->fileCount, 1);
@@ -148,9 +144,9 @@ TEST(SpaceScannerLinks, SymbolicLinksAreNeverFollowed) {
 }
 
 TEST(SpaceScannerBoundaries, AMountPointBelowTheRootIsNotEntered) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("data/file", std::string(10000, 'd'));
-    folder.createDirectories("mnt");
+    folder.makeFolder("mnt");
 #if !defined(__linux__)
     GTEST_SKIP() << "mounting a scratch file system is only scripted for Linux";
 #else
@@ -162,7 +158,7 @@ TEST(SpaceScannerBoundaries, AMountPointBelowTheRootIsNotEntered) {
     } unmount{folder.path("mnt")};
     folder.write("mnt/inside-the-mount", std::string(200000, 'm'));
 
-    const ScanTree tree = scanOf(folder.root().string());
+    const ScanTree tree = scanOf(folder.path());
     EXPECT_EQ(tree.skippedMountPoints, 1);
     EXPECT_EQ(tree.root->fileCount, 1);
     EXPECT_EQ(tree.root->allocatedBytes,
@@ -170,29 +166,29 @@ TEST(SpaceScannerBoundaries, AMountPointBelowTheRootIsNotEntered) {
 
     SpaceScanOptions everywhere;
     everywhere.oneFileSystem = false;
-    const ScanTree crossing = scanOf(folder.root().string(), everywhere);
+    const ScanTree crossing = scanOf(folder.path(), everywhere);
     EXPECT_EQ(crossing.root->fileCount, 2);
     EXPECT_EQ(crossing.skippedMountPoints, 0);
 
     // A bind mount of a folder inside the tree, on the same device, is a mount point all the same.
-    folder.createDirectories("data/view");
+    folder.makeFolder("data/view");
     const spacetest::BindMount bound(folder.path("data"), folder.path("data/view"));
     ASSERT_TRUE(bound.mounted()) << bound.reason();
-    const ScanTree once = scanOf(folder.root().string());
+    const ScanTree once = scanOf(folder.path());
     EXPECT_EQ(once.root->fileCount, 1);
     EXPECT_EQ(once.skippedMountPoints, 2);
 #endif
 }
 
 TEST(SpaceScannerBoundaries, ExcludedNamesAndSecondViewsAreLeftOut) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("keep/file", std::string(5000, 'k'));
     folder.write("project/node_modules/pkg/index.js", std::string(90000, 'n'));
     folder.write("second-view/file", std::string(70000, 's'));
     SpaceScanOptions options;
     options.excludes = {"node_modules"};
     options.countedElsewhere = {folder.path("second-view")};
-    const SpaceNode tree = treeOf(scanOf(folder.root().string(), options));
+    const SpaceNode tree = treeOf(scanOf(folder.path(), options));
     EXPECT_EQ(tree.fileCount, 1);
     ASSERT_NE(childNamed(tree, "project"), nullptr);
     EXPECT_EQ(childNamed(tree, "project")->fileCount, 0);
@@ -200,7 +196,7 @@ TEST(SpaceScannerBoundaries, ExcludedNamesAndSecondViewsAreLeftOut) {
 
     SpaceScanOptions byPath;
     byPath.excludes = {folder.path("keep") + "/*"};
-    EXPECT_EQ(scanOf(folder.root().string(), byPath).root->fileCount, 2);
+    EXPECT_EQ(scanOf(folder.path(), byPath).root->fileCount, 2);
 }
 
 // Runs `work` on a thread without the capabilities that let root ignore permissions; threads it
@@ -227,13 +223,13 @@ bool runWithoutPermissionOverride(const std::function<void()>& work) {
 }
 
 TEST(SpaceScannerBoundaries, AnUnreadableFolderCountsAsDeniedAndTheWalkGoesOn) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("open/a", std::string(3000, 'a'));
     folder.write("closed/secret", std::string(3000, 's'));
     folder.write("zz-after/b", std::string(3000, 'b'));
     std::filesystem::permissions(folder.path("closed"), std::filesystem::perms::none);
     std::optional<ScanTree> tree;
-    auto scan = [&] { tree = scanOf(folder.root().string()); };
+    auto scan = [&] { tree = scanOf(folder.path()); };
     if (::geteuid() == 0) {
         // Root reads every folder whatever its mode; without these capabilities it does not.
         if (!runWithoutPermissionOverride(scan))
@@ -252,36 +248,36 @@ TEST(SpaceScannerBoundaries, AnUnreadableFolderCountsAsDeniedAndTheWalkGoesOn) {
 }
 
 TEST(SpaceScannerCancellation, ACancelledWalkReturnsPartialTotalsFlaggedAsCancelled) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     for (int i = 0; i < 60; ++i) folder.write("d" + std::to_string(i) + "/f", std::string(4096, 'c'));
     SpaceScanOptions options;
     options.threads = 1;
     std::atomic<int> polls{0};
-    const ScanTree partial = scanOf(folder.root().string(), options, [&] { return ++polls > 10; });
+    const ScanTree partial = scanOf(folder.path(), options, [&] { return ++polls > 10; });
     EXPECT_TRUE(partial.wasCancelled);
     EXPECT_GT(partial.root->fileCount, 0);
     EXPECT_LT(partial.root->fileCount, 60);
     EXPECT_EQ(ScanReporting::report(partial, SpaceCatalog("/h")).wasCancelled, true);
 
-    const ScanTree none = scanOf(folder.root().string(), options, [] { return true; });
+    const ScanTree none = scanOf(folder.path(), options, [] { return true; });
     EXPECT_TRUE(none.wasCancelled);
     EXPECT_EQ(none.root->fileCount, 0);
     EXPECT_EQ(none.root->allocatedBytes, 0);
 
-    const ScanTree whole = scanOf(folder.root().string(), options);
+    const ScanTree whole = scanOf(folder.path(), options);
     EXPECT_FALSE(whole.wasCancelled);
     EXPECT_EQ(whole.root->fileCount, 60);
 }
 
 TEST(SpaceScannerTree, SmallChildrenAreFoldedIntoOneAggregateNode) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     for (int i = 0; i < 100; ++i)
         folder.write("many/f" + std::to_string(i), std::string(static_cast<std::size_t>(i + 1) * 5000, 'q'));
-    for (int i = 0; i < 30; ++i) folder.createDirectories("many/sub" + std::to_string(i));
+    for (int i = 0; i < 30; ++i) folder.makeFolder("many/sub" + std::to_string(i));
     SpaceTreeOptions options;
     options.maxChildren = 5;
     options.minimumShare = 0;
-    const SpaceNode tree = treeOf(scanOf(folder.root().string()), options);
+    const SpaceNode tree = treeOf(scanOf(folder.path()), options);
     const SpaceNode* many = childNamed(tree, "many");
     ASSERT_NE(many, nullptr);
     ASSERT_EQ(many->children.size(), 6u);
@@ -301,11 +297,11 @@ TEST(SpaceScannerTree, SmallChildrenAreFoldedIntoOneAggregateNode) {
 }
 
 TEST(SpaceScannerTree, DepthLimitsTheTreeButNotTheTotals) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("a/b/c/d/e/file", std::string(40000, 'e'));
     SpaceTreeOptions options;
     options.maxDepth = 2;
-    const SpaceNode tree = treeOf(scanOf(folder.root().string()), options);
+    const SpaceNode tree = treeOf(scanOf(folder.path()), options);
     const SpaceNode* a = childNamed(tree, "a");
     ASSERT_NE(a, nullptr);
     const SpaceNode* b = childNamed(*a, "b");
@@ -317,7 +313,7 @@ TEST(SpaceScannerTree, DepthLimitsTheTreeButNotTheTotals) {
 }
 
 TEST(SpaceScannerFindings, LargestFilesDuplicatesAndTrashCredentials) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     const std::string payload(2'000'000, 'p');
     folder.write("one/copy.bin", payload);
     folder.write("two/copy.bin", payload);
@@ -331,7 +327,7 @@ TEST(SpaceScannerFindings, LargestFilesDuplicatesAndTrashCredentials) {
 
     SpaceScanOptions options;
     options.largestFileCount = 2;
-    const ScanTree tree = scanOf(folder.root().string(), options);
+    const ScanTree tree = scanOf(folder.path(), options);
     ASSERT_EQ(tree.largestFiles.size(), 2u);
     EXPECT_GE(tree.largestFiles[0].allocatedBytes, tree.largestFiles[1].allocatedBytes);
     ASSERT_EQ(tree.duplicates.size(), 1u);
@@ -347,22 +343,18 @@ TEST(SpaceScannerFindings, LargestFilesDuplicatesAndTrashCredentials) {
 }
 
 TEST(SpaceScannerErrors, AMissingOrNonFolderRootIsAnErrorNamingThePath) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     folder.write("plain", "x");
-    try {
-        scanOf(folder.path("missing"));
-        FAIL() << "expected SpaceScanError";
-    } catch (const SpaceScanError& error) {
-        EXPECT_NE(std::string(error.what()).find(folder.path("missing")), std::string::npos);
-    }
+    EXPECT_THAT([&] { scanOf(folder.path("missing")); },
+                ::testing::ThrowsMessage<SpaceScanError>(::testing::HasSubstr(folder.path("missing"))));
     EXPECT_THROW(scanOf(folder.path("plain")), SpaceScanError);
 }
 
 TEST(SpaceScannerProgress, CountsEveryFolderAndFileByTheEnd) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     for (int i = 0; i < 20; ++i) folder.write("x" + std::to_string(i % 4) + "/f" + std::to_string(i), "data");
     ScanProgress progress;
-    const ScanTree tree = SpaceScanner::scan(folder.root().string(), {}, progress, [] { return false; });
+    const ScanTree tree = SpaceScanner::scan(folder.path(), {}, progress, [] { return false; });
     const auto snapshot = progress.snapshot();
     EXPECT_TRUE(snapshot.finished);
     EXPECT_EQ(snapshot.files, 20);

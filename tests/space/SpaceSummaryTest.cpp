@@ -1,16 +1,19 @@
 // The summary a scan leaves for the insights: which nodes it names, and how it survives the disk.
-#include "FootprintTestFolder.h"
+#include "SpaceTestFiles.h"
 #include "common/AtomicFile.h"
 #include "space/SpaceSummary.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace corvel {
 namespace {
 
-using spacetest::FootprintTestFolder;
+using spacetest::TemporaryFolder;
+using ::testing::HasSubstr;
 
-SpaceNode node(const std::string& path, std::int64_t bytes, SpaceCategory category, std::vector<SpaceNode> children = {}) {
+SpaceNode node(const std::string& path, std::int64_t bytes, SpaceCategory category,
+               std::vector<SpaceNode> children = {}) {
     SpaceNode result;
     result.path = path;
     result.name = path.substr(path.rfind('/') + 1);
@@ -51,7 +54,7 @@ TEST(SpaceSummaryConsumers, InnermostChangesOfCategoryLargestFirstWithoutChildre
 }
 
 TEST(SpaceSummaryFile, SavesAndLoadsTheSameSummary) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     SpaceScanReport report;
     report.root = "/h";
     report.allocatedBytes = 1000;
@@ -72,18 +75,18 @@ TEST(SpaceSummaryFile, SavesAndLoadsTheSameSummary) {
 }
 
 TEST(SpaceSummaryFile, MissingMeansNoScanYetAndCorruptIsReportedByName) {
-    FootprintTestFolder folder;
+    TemporaryFolder folder;
     std::string problem = "stale";
     EXPECT_FALSE(SpaceSummary::load(folder.root(), &problem).has_value());
     EXPECT_TRUE(problem.empty());
 
     folder.write(SpaceSummary::fileName, "{\"root\": \"/h\", \"scannedAt\": ");
     EXPECT_FALSE(SpaceSummary::load(folder.root(), &problem).has_value());
-    EXPECT_NE(problem.find(SpaceSummary::fileName), std::string::npos) << problem;
+    EXPECT_THAT(problem, HasSubstr(SpaceSummary::fileName));
 
     folder.write(SpaceSummary::fileName, "{\"root\": \"/h\", \"scannedAt\": \"yesterday\", \"topConsumers\": []}");
     EXPECT_FALSE(SpaceSummary::load(folder.root(), &problem).has_value());
-    EXPECT_NE(problem.find("scannedAt"), std::string::npos) << problem;
+    EXPECT_THAT(problem, HasSubstr("scannedAt"));
 
     // The next scan simply replaces a corrupt file.
     SpaceSummary fresh;

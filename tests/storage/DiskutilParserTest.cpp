@@ -1,8 +1,6 @@
 #include "StorageTestSupport.h"
 #include "storage/DiskutilParser.h"
 
-#include "common/AtomicFile.h"
-
 #include "support/Golden.h"
 
 #include <gmock/gmock.h>
@@ -31,9 +29,7 @@ std::string listDocument(PropertyListValue disks) {
 }
 
 std::string fixture(const std::string& machine, const std::string& file) {
-    auto text = AtomicFile::read(machineDirectory(machine) / file);
-    if (!text) throw std::runtime_error("missing fixture " + file);
-    return *text;
+    return readFixture("machines/" + machine + "/" + file);
 }
 
 ListedDisk listedDisk(std::int64_t size, std::optional<std::string> content = std::nullopt) {

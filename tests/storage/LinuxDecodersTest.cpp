@@ -4,7 +4,6 @@
 #include "storage/MountInfoEntry.h"
 #include "storage/SmartctlReport.h"
 
-#include "common/AtomicFile.h"
 #include "support/Golden.h"
 
 #include <gmock/gmock.h>
@@ -108,9 +107,7 @@ TEST(MountInfo, MalformedLinesAreSkippedAndCounted) {
 }
 
 TEST(SmartctlReport, NVMeVerdictAndHealthLog) {
-    auto text = AtomicFile::read(machineDirectory("linux-workstation") / "smartctl-nvme0n1.json");
-    ASSERT_TRUE(text);
-    SmartctlReport report = SmartctlReport::decode(*text);
+    SmartctlReport report = SmartctlReport::decode(readFixture("machines/linux-workstation/smartctl-nvme0n1.json"));
     EXPECT_EQ(report.smartStatus, SMARTStatus::verified);
     ASSERT_TRUE(report.nvme);
     EXPECT_EQ(*report.nvme, (NVMeHealth{2, 100, 10, 41.0, 0, 0, 6213, 1043, 61, 38921734, 52367810}));

@@ -168,36 +168,33 @@ TEST(LinuxBlockDevices, NamesAndBuses) {
     EXPECT_FALSE(LinuxBlockDevices::makePhysicalDisk(device).isInternal);
 }
 
+// By device numbers, else by the source path (btrfs hides its numbers), by UUID or by label.
 TEST(LinuxBlockDevices, LocateWalksTheStackToTheWholeDisk) {
-    auto devices = LsblkParser::parse(lsblk);
-    auto byNumbers = LinuxBlockDevices::locate(
-        devices, *MountInfoEntry::parseLine("33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw"));
-    ASSERT_TRUE(byNumbers);
-    EXPECT_EQ(byNumbers->top().kernelName, "nvme0n1");
-    EXPECT_EQ(byNumbers->device().kernelName, "nvme0n1p1");
-    EXPECT_FALSE(byNumbers->hasCryptLayer());
-
-    // btrfs hides its device numbers; the source path finds it.
-    auto btrfs = LinuxBlockDevices::locate(
-        devices, *MountInfoEntry::parseLine("28 1 0:30 /@ / rw - btrfs /dev/mapper/vg-root rw"));
-    ASSERT_TRUE(btrfs);
-    EXPECT_EQ(btrfs->chain.size(), 4u);
-    EXPECT_EQ(btrfs->top().kernelName, "nvme0n1");
-    EXPECT_TRUE(btrfs->hasCryptLayer());
-
-    auto byUUID = LinuxBlockDevices::locate(
-        devices, *MountInfoEntry::parseLine("33 28 0:99 / /efi rw - vfat /dev/disk/by-uuid/4A1E-9C2B rw"));
-    ASSERT_TRUE(byUUID);
-    EXPECT_EQ(byUUID->device().kernelName, "nvme0n1p1");
-    auto byLabel = LinuxBlockDevices::locate(
-        devices, *MountInfoEntry::parseLine("34 28 0:98 / /x rw - ntfs3 /dev/disk/by-label/Elements rw"));
-    ASSERT_TRUE(byLabel);
-    EXPECT_EQ(byLabel->top().kernelName, "sdb");
-
-    EXPECT_FALSE(
-        LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine("50 28 0:48 / /m rw - cifs //nas/s rw")));
-    EXPECT_FALSE(LinuxBlockDevices::locate(
-        devices, *MountInfoEntry::parseLine("51 28 0:47 / /n rw - ext4 /dev/disk/by-uuid/missing rw")));
+    const auto devices = LsblkParser::parse(lsblk);
+    const struct {
+        const char* line;
+        const char* top;
+        const char* device;
+        std::size_t chain;
+        bool crypt;
+    } rows[] = {
+        {"33 28 259:1 / /boot/efi rw - vfat /dev/nvme0n1p1 rw", "nvme0n1", "nvme0n1p1", 2, false},
+        {"28 1 0:30 /@ / rw - btrfs /dev/mapper/vg-root rw", "nvme0n1", "dm-1", 4, true},
+        {"33 28 0:99 / /efi rw - vfat /dev/disk/by-uuid/4A1E-9C2B rw", "nvme0n1", "nvme0n1p1", 2, false},
+        {"34 28 0:98 / /x rw - ntfs3 /dev/disk/by-label/Elements rw", "sdb", "sdb1", 2, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        const auto stack = LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(row.line));
+        ASSERT_TRUE(stack);
+        EXPECT_EQ(stack->device().kernelName, row.device);
+        EXPECT_EQ(stack->top().kernelName, row.top);
+        EXPECT_EQ(stack->chain.size(), row.chain);
+        EXPECT_EQ(stack->hasCryptLayer(), row.crypt);
+    }
+    for (const char* line :
+         {"50 28 0:48 / /m rw - cifs //nas/s rw", "51 28 0:47 / /n rw - ext4 /dev/disk/by-uuid/missing rw"})
+        EXPECT_FALSE(LinuxBlockDevices::locate(devices, *MountInfoEntry::parseLine(line))) << line;
 }
 
 TEST(LinuxStorageDiscoverySelect, RealFileSystemsEachOnce) {

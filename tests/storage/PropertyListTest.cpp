@@ -2,8 +2,6 @@
 #include "storage/DiskutilParser.h"
 #include "storage/PropertyList.h"
 
-#include "common/AtomicFile.h"
-
 #include <gtest/gtest.h>
 
 using namespace corvel;
@@ -61,10 +59,9 @@ TEST(PropertyList, BinaryAndXMLRoundTripToTheSameValue) {
 }
 
 TEST(PropertyList, DiskToolOutputReadsTheSameInBinaryForm) {
-    auto text = AtomicFile::read(machineDirectory("mac-studio-external-usb") / "list-physical.plist");
-    ASSERT_TRUE(text);
-    std::string binary = PropertyList::encode(PropertyList::parse(*text), PropertyList::Format::binary);
-    EXPECT_EQ(DiskutilParser::parseList(binary), DiskutilParser::parseList(*text));
+    const auto text = readFixture("machines/mac-studio-external-usb/list-physical.plist");
+    std::string binary = PropertyList::encode(PropertyList::parse(text), PropertyList::Format::binary);
+    EXPECT_EQ(DiskutilParser::parseList(binary), DiskutilParser::parseList(text));
 }
 
 TEST(PropertyList, RejectsWhatIsNotAPropertyList) {
@@ -101,11 +98,10 @@ TEST(PropertyList, ATextHoldingANulCharacterIsRefusedNotFatal) {
 // Output cut off mid-stream (a tool killed at its time-out) must never crash the reader: every
 // prefix either reads or fails with an error.
 TEST(PropertyList, EveryTruncationOfRealOutputFailsCleanly) {
-    auto text = AtomicFile::read(machineDirectory("macbook-air-m2") / "info-root.plist");
-    ASSERT_TRUE(text);
-    std::string binary = PropertyList::encode(PropertyList::parse(*text), PropertyList::Format::binary);
+    const auto text = readFixture("machines/macbook-air-m2/info-root.plist");
+    const std::string binary = PropertyList::encode(PropertyList::parse(text), PropertyList::Format::binary);
     int rejected = 0;
-    for (const std::string* document : {&*text, &binary}) {
+    for (const std::string* document : {&text, &binary}) {
         for (std::size_t length = 0; length < document->size(); length += 7) {
             try {
                 (void)DiskutilParser::parseVolumeInfo(std::string_view(*document).substr(0, length));

@@ -1,11 +1,11 @@
-// Shared helpers for the storage tests: property-list builders and the path of a recorded machine
-// (the scripted runner is the test kit's own).
+// Shared helpers for the storage tests: property-list builders (the scripted runner and the
+// fixture readers are the test kit's own).
 #pragma once
 
 #include "storage/PropertyList.h"
 #include "support/ScriptedRunner.h"
+#include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <string>
 
 namespace corvel::testing {
@@ -24,10 +24,6 @@ inline PropertyListValue flag(bool value) {
 }
 inline std::string xml(const PropertyListValue& value) {
     return PropertyList::encode(value, PropertyList::Format::xml);
-}
-
-inline std::filesystem::path machineDirectory(const std::string& name) {
-    return std::filesystem::path(CORVEL_FIXTURES_DIR) / "machines" / name;
 }
 
 }  // namespace corvel::testing

@@ -44,22 +44,14 @@ TEST(VolumeResourceValues, ValuesPassThroughAsReported) {
     values.isReadOnly = true;
     values.typeName = "smbfs";
     values.supportsCaseSensitiveNames = false;
-    auto record = VolumeResourceValues::makeRecord("/Volumes/media", values);
-    ASSERT_TRUE(record);
-    EXPECT_EQ(record->totalBytes, 1000);
-    EXPECT_EQ(record->effectiveAvailableBytes(), 300);
-    EXPECT_EQ(record->isInternal, false);
-    EXPECT_EQ(record->isEjectable, true);
-    EXPECT_EQ(record->isRemovable, std::nullopt);
-    EXPECT_FALSE(record->isLocal);
-    EXPECT_TRUE(record->isReadOnly);
-    EXPECT_EQ(record->typeName, "smbfs");
-    EXPECT_EQ(record->uuid, std::nullopt);
-    EXPECT_EQ(record->supportsCaseSensitiveNames, false);
+    // The record's name falls back to the path's last component; nothing is invented.
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/Volumes/media", values),
+              (MountedVolumeRecord{"/Volumes/media", "media", 1000, 100, 300, false, true, std::nullopt, false, true,
+                                   false, "smbfs", std::nullopt, false}));
 
-    auto sparse = VolumeResourceValues::makeRecord("/Volumes/Odd", VolumeResourceValues{});
-    ASSERT_TRUE(sparse);
-    EXPECT_EQ(sparse->totalBytes, 0);
-    EXPECT_TRUE(sparse->isLocal);  // unknown locality is treated as local
-    EXPECT_FALSE(sparse->isReadOnly);
+    // Unknown locality is treated as local.
+    MountedVolumeRecord odd;
+    odd.path = "/Volumes/Odd";
+    odd.name = "Odd";
+    EXPECT_EQ(VolumeResourceValues::makeRecord("/Volumes/Odd", VolumeResourceValues{}), odd);
 }
