@@ -6,17 +6,13 @@
 #include "accounting/BtrfsParser.h"
 #include "accounting/VolumeAccounting.h"
 #include "command/ProcessCommandRunner.h"
-#include "support/TemporaryFolder.h"
+#include "support/LoopVolume.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/mount.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -29,10 +25,6 @@ using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::Optional;
 
-int runQuietly(const std::string& command) {
-    return std::system((command + " >/dev/null 2>&1").c_str());
-}
-
 std::string output(const std::string& command) {
     std::string text;
     std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
@@ -41,31 +33,11 @@ std::string output(const std::string& command) {
     return text;
 }
 
-class BtrfsLoopAccounting : public ::testing::Test {
-protected:
-    void SetUp() override {
-        if (::geteuid() != 0) GTEST_SKIP() << "needs root to loop-mount a btrfs image";
-        if (runQuietly("command -v mkfs.btrfs") != 0) GTEST_SKIP() << "mkfs.btrfs (btrfs-progs) is not installed";
-        const std::string image = folder.path("btrfs.img");
-        mountPoint = folder.makeFolder("mnt");
-        { std::ofstream sizing(image, std::ios::binary); }
-        std::filesystem::resize_file(image, 300ull << 20);
-        if (runQuietly("mkfs.btrfs -q '" + image + "'") != 0) GTEST_SKIP() << "mkfs.btrfs could not make an image";
-        if (runQuietly("mount -o loop '" + image + "' '" + mountPoint + "'") != 0)
-            GTEST_SKIP() << "loop mounting is not permitted here (no loop device or no mount rights)";
-        mounted = true;
-    }
-
-    void TearDown() override {
-        if (mounted && ::umount(mountPoint.c_str()) != 0) ::umount2(mountPoint.c_str(), MNT_DETACH);
-    }
-
-    testing::TemporaryFolder folder;
-    std::string mountPoint;
-    bool mounted = false;
-};
-
-TEST_F(BtrfsLoopAccounting, SnapshotHoldsWhatDuSaysAndThePartsCloseOnTheUsedSpace) {
+TEST(BtrfsLoopAccounting, SnapshotHoldsWhatDuSaysAndThePartsCloseOnTheUsedSpace) {
+    const testing::LoopVolume volume("btrfs", 300u << 20);
+    if (!volume.mounted()) GTEST_SKIP() << volume.skipReason();
+    const auto runQuietly = testing::LoopVolume::quietly;
+    const std::string& mountPoint = volume.mountPoint();
     const std::string home = mountPoint + "/home";
     const std::string snapshot = mountPoint + "/.snapshots/home-1";
     ASSERT_EQ(runQuietly("btrfs subvolume create '" + home + "'"), 0);

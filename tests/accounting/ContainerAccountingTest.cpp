@@ -84,35 +84,24 @@ TEST(ContainerAccounting, SplitsTheContainerAtItsBoundaries) {
         std::optional<AccountingPart> last;  // absent: no remainder could be made
         std::optional<std::int64_t> lastBytes;
     };
+    // Listed, with no snapshots: 30 purgeable and a scan that saw `scanned`.
+    const auto listed = [](std::int64_t scanned) {
+        return ContainerAccounting::Listings{true, std::vector<LocalSnapshot>{}, 30, scan(scanned)};
+    };
+    const ContainerAccounting::Listings unsized{true, std::vector<LocalSnapshot>{snapshot("a")}, std::nullopt,
+                                                std::nullopt};
+    const auto none = std::optional<std::int64_t>();
     const std::vector<Case> cases{
         // 600 used − 20 in the other volumes − 0 snapshots − 30 purgeable − 500 scanned = 50.
-        {"parts below the used space",
-         bootContainer(400),
-         {true, std::vector<LocalSnapshot>{}, 30, scan(500)},
-         600,
-         AccountingPart::notExplained,
-         50},
-        {"parts exactly the used space",
-         bootContainer(400),
-         {true, std::vector<LocalSnapshot>{}, 30, scan(550)},
-         600,
-         AccountingPart::notExplained,
-         0},
-        {"a scan that saw more is counted twice",
-         bootContainer(400),
-         {true, std::vector<LocalSnapshot>{}, 30, scan(551)},
-         600,
-         AccountingPart::countedTwice,
+        {"parts below the used space", bootContainer(400), listed(500), 600, AccountingPart::notExplained, 50},
+        {"parts exactly the used space", bootContainer(400), listed(550), 600, AccountingPart::notExplained, 0},
+        {"a scan that saw more is counted twice", bootContainer(400), listed(551), 600, AccountingPart::countedTwice,
          1},
-        {"an unknown snapshot size stays in the rest",
-         bootContainer(400),
-         {true, std::vector<LocalSnapshot>{snapshot("a")}, std::nullopt, std::nullopt},
-         600,
-         AccountingPart::notExplained,
+        {"an unknown snapshot size stays in the rest", bootContainer(400), unsized, 600, AccountingPart::notExplained,
          580},
         {"more free than capacity is nothing used", bootContainer(2000), {}, 0, AccountingPart::countedTwice, 20},
         {"negative free is all used", bootContainer(-5), {}, 1000, AccountingPart::notExplained, 980},
-        {"volumes too large to add", with64BitVolumes(), {}, 1000, std::nullopt, std::nullopt},
+        {"volumes too large to add", with64BitVolumes(), {}, 1000, std::nullopt, none},
     };
     for (const auto& c : cases) {
         const auto account = ContainerAccounting::split(c.container, "disk3s5", c.listings);

@@ -1,11 +1,11 @@
 // The preflight's checks on recorded tool output (the macOS disk tool and lsof through a scripted
 // runner) and on a real loop-mounted image that a child process and this test hold files on.
 #include "DiskObjects.h"
-#include "LoopVolume.h"
 #include "diskops/DiskOperationPreflight.h"
 #include "processes/LiveOpenFiles.h"
 #include "processes/LsofOpenFiles.h"
 #include "support/ChildProcess.h"
+#include "support/LoopVolume.h"
 #include "support/ScriptedRunner.h"
 #include "support/TemporaryFolder.h"
 
@@ -134,7 +134,7 @@ TEST_F(RecordedMacPreflight, AWholeDiskIsScannedOnEveryMountedVolumeAndAFailedSc
 // The real thing: a loop-mounted ext4 image, a child holding one file open on it and this test
 // holding another, read through the live lister of this system.
 TEST(LoopVolumePreflight, FilesHeldOpenOnARealVolumeStopAnUnmount) {
-    const diskopstest::LoopVolume volume;
+    const testing::LoopVolume volume;
     if (!volume.mounted()) GTEST_SKIP() << volume.skipReason();
     const std::string held = volume.mountPoint() + "/held.txt";
     const std::string ours = volume.mountPoint() + "/ours.txt";

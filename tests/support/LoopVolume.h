@@ -1,6 +1,10 @@
-// A small ext4 image, loop-mounted in a temporary folder, for tests that need a real volume to
-// hold files on. Needs root and loop devices; where either is missing the volume stays unmounted
-// and says why, so the tests skip with the reason. Only this image is ever mounted or unmounted.
+// A small file-system image, loop-mounted in a temporary folder, for tests that need a real volume
+// (ext4 by default; btrfs for snapshots). Needs root, loop devices and the mkfs tool; where one is
+// missing the volume stays unmounted and says why, so the test skips with the reason. Only this
+// image is ever mounted or unmounted.
+//
+//   const LoopVolume volume("btrfs", 300u << 20);
+//   if (!volume.mounted()) GTEST_SKIP() << volume.skipReason();
 #pragma once
 
 #include "support/TemporaryFolder.h"
@@ -8,26 +12,33 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-namespace corvel::diskopstest {
+namespace corvel::testing {
 
 class LoopVolume {
 public:
-    LoopVolume() {
+    explicit LoopVolume(const std::string& type = "ext4", std::uintmax_t bytes = 8u << 20) {
+        const std::string mkfs = "mkfs." + type;
         if (::geteuid() != 0) {
             skipReason_ = "needs root to loop-mount an image";
+            return;
+        }
+        if (quietly("command -v " + mkfs) != 0) {
+            skipReason_ = mkfs + " is not installed";
             return;
         }
         const std::string image = folder_.path("volume.img");
         mountPoint_ = folder_.makeFolder("mnt");
         { std::ofstream sizing(image, std::ios::binary); }
-        std::filesystem::resize_file(image, 8u << 20);
-        if (quietly("mkfs.ext4 -q -F '" + image + "'") != 0) {
-            skipReason_ = "mkfs.ext4 could not make an image";
+        std::filesystem::resize_file(image, bytes);
+        // ext4's tool asks before writing to a plain file unless told it is meant.
+        if (quietly(mkfs + (type == "ext4" ? " -q -F '" : " -q '") + image + "'") != 0) {
+            skipReason_ = mkfs + " could not make an image";
             return;
         }
         if (quietly("mount -o loop '" + image + "' '" + mountPoint_ + "'") != 0) {
@@ -47,13 +58,13 @@ public:
     const std::string& skipReason() const { return skipReason_; }
     const std::string& mountPoint() const { return mountPoint_; }
 
-private:
     static int quietly(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()); }
 
-    testing::TemporaryFolder folder_;
+private:
+    TemporaryFolder folder_;
     std::string mountPoint_;
     std::string skipReason_;
     bool mounted_ = false;
 };
 
-}  // namespace corvel::diskopstest
+}  // namespace corvel::testing
