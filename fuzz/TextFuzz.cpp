@@ -6,13 +6,12 @@
 #include "common/ISO8601.h"
 #include "common/Json.h"
 #include "common/Text.h"
-#include "space/DirectoryReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace corvel;
     const auto input = fuzz::text(data, size);
     if (const auto date = ISO8601::parse(input)) (void)ISO8601::format(*date);
-    (void)DirectoryReader::repairedUTF8(input);
+    (void)repairedUTF8(input);
     (void)terminalSafe(input);
     (void)composedText(input);
     try {

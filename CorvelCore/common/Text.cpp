@@ -85,37 +85,6 @@ void appendHexEscape(std::string& out, unsigned char byte) {
     out += digits[byte & 0x0F];
 }
 
-// Length of the valid UTF-8 sequence starting at `i` (1 to 4), or 0 when it is not valid.
-std::size_t validSequenceLength(std::string_view text, std::size_t i) {
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    const unsigned char lead = byte(i);
-    std::size_t length = 0;
-    std::uint32_t point = 0;
-    if (lead < 0x80) return 1;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        point = lead & 0x1F;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        point = lead & 0x0F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        point = lead & 0x07;
-    } else {
-        return 0;
-    }
-    if (i + length > text.size()) return 0;
-    for (std::size_t k = 1; k < length; ++k) {
-        if ((byte(i + k) & 0xC0) != 0x80) return 0;
-        point = (point << 6) | (byte(i + k) & 0x3F);
-    }
-    // Overlong forms, surrogates and values past U+10FFFF are not valid UTF-8.
-    if ((length == 3 && point < 0x800) || (length == 4 && (point < 0x10000 || point > 0x10FFFF)) ||
-        (point >= 0xD800 && point <= 0xDFFF))
-        return 0;
-    return length;
-}
-
 }  // namespace
 
 std::string terminalSafe(std::string_view text) {
@@ -129,7 +98,7 @@ std::string terminalSafe(std::string_view text) {
             ++i;
             continue;
         }
-        const std::size_t length = validSequenceLength(text, i);
+        const std::size_t length = utf8SequenceLength(text, i);
         if (length == 1) {  // a C0 control character or DEL
             switch (c) {
                 case '\n':
@@ -161,9 +130,55 @@ std::string terminalSafe(std::string_view text) {
     return out;
 }
 
+std::size_t utf8SequenceLength(std::string_view text, std::size_t i) {
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char lead = byte(i);
+    std::size_t length = 0;
+    std::uint32_t point = 0;
+    if (lead < 0x80) return 1;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        point = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        point = lead & 0x0F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        point = lead & 0x07;
+    } else {
+        return 0;
+    }
+    if (i + length > text.size()) return 0;
+    for (std::size_t k = 1; k < length; ++k) {
+        if ((byte(i + k) & 0xC0) != 0x80) return 0;
+        point = (point << 6) | (byte(i + k) & 0x3F);
+    }
+    // Overlong forms, surrogates and values past U+10FFFF are not valid UTF-8.
+    if ((length == 3 && point < 0x800) || (length == 4 && (point < 0x10000 || point > 0x10FFFF)) ||
+        (point >= 0xD800 && point <= 0xDFFF))
+        return 0;
+    return length;
+}
+
+std::string repairedUTF8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (std::size_t i = 0; i < bytes.size();) {
+        const std::size_t length = utf8SequenceLength(bytes, i);
+        if (length == 0) {
+            text += "\xEF\xBF\xBD";
+            ++i;
+        } else {
+            text.append(bytes.substr(i, length));
+            i += length;
+        }
+    }
+    return text;
+}
+
 bool isValidUTF8(std::string_view text) {
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = validSequenceLength(text, i);
+        const std::size_t length = utf8SequenceLength(text, i);
         if (length == 0) return false;
         i += length;
     }

@@ -29,4 +29,12 @@ std::string terminalSafe(std::string_view text);
 // need not be; anything stored as JSON text must be.
 bool isValidUTF8(std::string_view text);
 
+// The length (1 to 4) of the well-formed UTF-8 sequence that starts at `text[i]`, or 0 when the
+// bytes there are not one (stray, cut short, overlong, a surrogate half, past U+10FFFF).
+std::size_t utf8SequenceLength(std::string_view text, std::size_t i);
+
+// `bytes` with every byte that is not part of well-formed UTF-8 replaced by U+FFFD, so that a
+// file name or a tool's output can go into JSON or on screen as text.
+std::string repairedUTF8(std::string_view bytes);
+
 }  // namespace corvel

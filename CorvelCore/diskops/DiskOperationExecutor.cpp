@@ -7,42 +7,10 @@
 #include <algorithm>
 
 namespace corvel {
-namespace {
-
-// Tool output is shown and logged as text; bytes that are not UTF-8 become U+FFFD.
-std::string replacingInvalidUTF8(const std::string& bytes) {
-    std::string text;
-    const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
-    std::size_t i = 0;
-    while (i < bytes.size()) {
-        const unsigned char c = data[i];
-        std::size_t length = c < 0x80 ? 1 : (c >= 0xC2 && c <= 0xDF) ? 2 : (c & 0xF0) == 0xE0 ? 3
-                                                                    : (c >= 0xF0 && c <= 0xF4) ? 4 : 0;
-        bool valid = length > 0 && i + length <= bytes.size();
-        for (std::size_t k = 1; valid && k < length; ++k) valid = (data[i + k] & 0xC0) == 0x80;
-        if (valid && length == 3) {
-            const unsigned char next = data[i + 1];
-            valid = !(c == 0xE0 && next < 0xA0) && !(c == 0xED && next >= 0xA0);  // overlong, surrogates
-        } else if (valid && length == 4) {
-            const unsigned char next = data[i + 1];
-            valid = !(c == 0xF0 && next < 0x90) && !(c == 0xF4 && next >= 0x90);
-        }
-        if (valid) {
-            text.append(bytes, i, length);
-            i += length;
-        } else {
-            text += "\xEF\xBF\xBD";
-            ++i;
-        }
-    }
-    return text;
-}
-
-}  // namespace
 
 const CommandPolicy& DiskOperationExecutor::policy() {
-    static const CommandPolicy policy{"/usr/sbin/diskutil",
-                                      {{"mount"}, {"mountDisk"}, {"unmount"}, {"unmountDisk"}, {"eject"}, {"verifyVolume"}}};
+    static const CommandPolicy policy{
+        "/usr/sbin/diskutil", {{"mount"}, {"mountDisk"}, {"unmount"}, {"unmountDisk"}, {"eject"}, {"verifyVolume"}}};
     return policy;
 }
 
@@ -91,7 +59,7 @@ std::string DiskOperationExecutor::run(DiskOperation operation, const DiskObject
     std::vector<std::string> outputs;
     for (const auto& command : planned) {
         try {
-            const auto output = std::string(trim(replacingInvalidUTF8(command.policy->run(command.arguments, runner_))));
+            const auto output = std::string(trim(repairedUTF8(command.policy->run(command.arguments, runner_))));
             if (!output.empty()) outputs.push_back(output);
         } catch (const CommandError& error) {
             throw DiskOperationError::commandFailed(error.description());

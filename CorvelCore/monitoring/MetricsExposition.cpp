@@ -1,6 +1,7 @@
 #include "monitoring/MetricsExposition.h"
 
 #include "common/AtomicFile.h"
+#include "common/Text.h"
 
 #include <unistd.h>
 
@@ -13,39 +14,11 @@
 namespace corvel::MetricsExposition {
 namespace {
 
-// Length of the valid UTF-8 sequence starting at `i`, or 0 when the bytes there are not one
-// (overlong forms, surrogates and code points past U+10FFFF included).
-std::size_t utf8Length(std::string_view text, std::size_t i) {
-    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
-    const unsigned char lead = byte(i);
-    if (lead < 0x80) return 1;
-    std::size_t length = 0;
-    unsigned char low = 0x80, high = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        if (lead == 0xE0) low = 0xA0;
-        if (lead == 0xED) high = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        if (lead == 0xF0) low = 0x90;
-        if (lead == 0xF4) high = 0x8F;
-    } else {
-        return 0;
-    }
-    if (i + length > text.size()) return 0;
-    if (byte(i + 1) < low || byte(i + 1) > high) return 0;
-    for (std::size_t k = 2; k < length; ++k)
-        if (byte(i + k) < 0x80 || byte(i + k) > 0xBF) return 0;
-    return length;
-}
-
 std::string escaped(std::string_view text, bool quotes) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = utf8Length(text, i);
+        const std::size_t length = utf8SequenceLength(text, i);
         if (length == 0) {
             result += "\xEF\xBF\xBD";
             ++i;

@@ -3,8 +3,8 @@
 // other failures because walkers count the two differently.
 //
 // Names are kept as the exact bytes the file system returned, so that a child path formed from
-// them opens the same file even when the name is not valid UTF-8; `repairedUTF8` turns a name or
-// path into text fit for people and JSON.
+// them opens the same file even when the name is not valid UTF-8; `repairedUTF8` (common/Text.h)
+// turns a name or path into text fit for people and JSON.
 //
 //   try {
 //       for (const auto& entry : DirectoryReader::read("/some/folder")) { ... }
@@ -61,9 +61,5 @@ std::optional<std::vector<Entry>> entries(const std::string& path);
 
 // Maps a directory entry's type byte (DT_*); DT_UNKNOWN and everything unlisted is `other`.
 EntryType entryType(unsigned char directoryEntryType);
-
-// File names are bytes; they are shown and encoded as UTF-8, with every invalid sequence replaced
-// by U+FFFD, so that one odd name cannot poison a JSON document.
-std::string repairedUTF8(std::string_view bytes);
 
 }  // namespace corvel::DirectoryReader

@@ -2,6 +2,7 @@
 
 #include "common/CheckedArithmetic.h"
 #include "common/PathText.h"
+#include "common/Text.h"
 #include "space/DirectoryReader.h"
 #include "space/FileSizeFacts.h"
 
@@ -191,7 +192,7 @@ SpaceNode folderNodeOf(const ScanTree& tree, const ScanDirectory& folder, const 
 
 std::string displayText(std::string_view raw) {
     if (isPureASCII(raw)) return std::string(raw);
-    return DirectoryReader::repairedUTF8(raw);
+    return repairedUTF8(raw);
 }
 
 SpaceScanReport report(const ScanTree& tree, const SpaceCatalog& catalog) {

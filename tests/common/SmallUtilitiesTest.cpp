@@ -73,4 +73,20 @@ TEST(TerminalSafe, ControlCharactersAndBrokenUTF8BecomeVisible) {
     }
 }
 
+TEST(RepairedUTF8, KeepsValidTextAndReplacesEachBadByte) {
+    const std::string replacement = "\xEF\xBF\xBD";
+    EXPECT_EQ(repairedUTF8("plain"), "plain");
+    EXPECT_EQ(repairedUTF8("Gr\xC3\xBC\xC3\x9F"
+                           "e \xF0\x9F\x93\x81"),
+              "Gr\xC3\xBC\xC3\x9F"
+              "e \xF0\x9F\x93\x81");
+    EXPECT_EQ(repairedUTF8("caf\xE9"), "caf" + replacement);
+    EXPECT_EQ(repairedUTF8("\xE2\x82"), replacement + replacement);  // cut short
+    EXPECT_EQ(repairedUTF8("\xC0\x80"), replacement + replacement);  // overlong
+    EXPECT_EQ(repairedUTF8("\xED\xA0\x80"),                          // a surrogate half
+              replacement + replacement + replacement);
+    EXPECT_EQ(repairedUTF8("\xF4\x90\x80\x80x"),  // above U+10FFFF
+              replacement + replacement + replacement + replacement + "x");
+}
+
 }  // namespace

@@ -16,6 +16,7 @@ using InsightEngine::Input;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::Field;
 using ::testing::Not;
 
@@ -275,6 +276,11 @@ TEST(InsightEngine, SeverityFirstThenBytesThenRuleOrder) {
     EXPECT_THAT(ids(InsightEngine::insights(input, minimum)),
                 ElementsAre("health.drive.disk9", "safety.trash.credentials", "migration./large", "migration./small",
                             "migration./same", "space.scan"));
+
+    // Linux has no APFS: the same insight speaks of its reflinked copies.
+    input.platform = Platform::linux;
+    const auto onLinux = InsightEngine::insights(input, minimum);
+    EXPECT_THAT(onLinux.back().detail, HasSubstr("counting reflinked copies correctly"));
 }
 
 TEST(InsightEngine, AtMostEightBigItemsInConsumerOrder) {

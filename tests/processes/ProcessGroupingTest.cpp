@@ -145,6 +145,13 @@ TEST(ProcessGrouping, SortsBusiestFirstWithStableTies) {
     };
     EXPECT_THAT(names(ProcessGrouping::sorted(groups, ProcessSort::cpu)), ElementsAre("b", "a", "c", "d"));
     EXPECT_THAT(names(ProcessGrouping::sorted(groups, ProcessSort::memory)), ElementsAre("c", "d", "a", "b"));
+
+    // A table names the memory figure once only when every group measures the same kind.
+    EXPECT_EQ(ProcessGrouping::sharedMemoryKind(groups), MemoryKind::footprint);
+    auto mixed = groups;
+    mixed.back().memoryKind = MemoryKind::resident;
+    EXPECT_EQ(ProcessGrouping::sharedMemoryKind(mixed), std::nullopt);
+    EXPECT_EQ(ProcessGrouping::sharedMemoryKind({}), std::nullopt);
 }
 
 TEST(ProcessGrouping, FindByIdThenNameThenCaseThenPid) {
