@@ -2,9 +2,10 @@
 """Paired comparison of `velmora bench` with fio on the same folder.
 
 Runs the same eight tests with both, alternating, for several rounds, and prints the median of
-each and their ratio (MB/s for sequential tests, IOPS for random ones). fio runs each test with
-the psync engine and one job per request in flight (numjobs = queue depth), which is how velmora
-maps queue depth to threads; direct I/O, time-based, end_fsync for writes.
+each and their ratio (MB/s for sequential tests, IOPS for random ones). Queue depth means the same
+number of requests in flight on both sides: velmora keeps N threads each with one request on one
+shared cursor (one sequential stream), fio one job with iodepth N on the asynchronous engine
+(libaio on Linux, posixaio elsewhere). Direct I/O, time-based, end_fsync for writes.
 
   bench/compare-fio.sh /mnt/fast --size 1GiB --seconds 5 --rounds 3
 
@@ -27,6 +28,9 @@ TESTS = [  # name, fio rw, block, depth
 ]
 
 
+ENGINE = "libaio" if sys.platform.startswith("linux") else "posixaio"
+
+
 def figure(name, mbps, iops):
     return iops if name.startswith("RND") else mbps
 
@@ -34,7 +38,7 @@ def figure(name, mbps, iops):
 def fio_args(folder, size, seconds, name, rw, block, depth):
     return ["fio", "--output-format=json", f"--name={name.replace(' ', '_')}",
             f"--filename={os.path.join(folder, '.fio-compare.tmp')}", f"--size={size}", "--direct=1",
-            "--ioengine=psync", f"--rw={rw}", f"--bs={block}", f"--numjobs={depth}", "--group_reporting",
+            f"--ioengine={ENGINE}", f"--iodepth={depth}", f"--rw={rw}", f"--bs={block}", "--numjobs=1",
             "--time_based", f"--runtime={seconds}", "--randrepeat=0", "--scramble_buffers=1",
             "--end_fsync=1" if "write" in rw else "--end_fsync=0"]
 
