@@ -23,6 +23,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QWidget>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -57,13 +58,18 @@ Machine recorded(const std::string& data) {
 }
 
 // Stops the event loop at the first paint of the dashboard once it holds the refresh.
+// A scroll area paints through its viewport and content, never itself, so the filter watches the
+// whole application for a paint of the dashboard or of anything inside it.
 class FirstPaint : public QObject {
 public:
-    FirstPaint(DashboardModel& model, QObject* parent) : QObject(parent), model_(model) {}
+    FirstPaint(DashboardModel& model, QWidget* dashboard, QObject* parent)
+        : QObject(parent), model_(model), dashboard_(dashboard) {}
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint && model_.isLoaded() && !done_) {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        const bool onDashboard = widget && (widget == dashboard_ || dashboard_->isAncestorOf(widget));
+        if (event->type() == QEvent::Paint && onDashboard && model_.isLoaded() && !done_) {
             done_ = true;
             QTimer::singleShot(0, qApp, &QApplication::quit);
         }
@@ -72,6 +78,7 @@ protected:
 
 private:
     DashboardModel& model_;
+    QWidget* dashboard_;
     bool done_ = false;
 };
 
@@ -82,8 +89,8 @@ int startChild(int argc, char** argv) {
     QApplication app(argc, argv);
     CoreSession session(std::move(machine));
     MainWindow window(session);
-    FirstPaint watcher(window.dashboard(), &window);
-    window.screen(0)->installEventFilter(&watcher);
+    FirstPaint watcher(window.dashboard(), window.screen(0), &window);
+    app.installEventFilter(&watcher);
     window.show();
     window.refresher().refresh();
     QTimer::singleShot(30000, &app, [] { QApplication::exit(1); });

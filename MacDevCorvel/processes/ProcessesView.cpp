@@ -113,7 +113,8 @@ void ProcessesView::rebuild() {
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const auto& group = groups[i];
             auto memory = ToolParts::memory(group.memoryBytes);
-            if (!oneKind) memory += QStringLiteral(" ") + text(label(group.memoryKind));
+            // An unmeasured figure ("—") has no kind to name.
+            if (!oneKind && group.memoryBytes > 0) memory += QStringLiteral(" ") + text(label(group.memoryKind));
             auto* item = ToolParts::addRow(
                 groups_, {text(group.name), text(label(group.kind)), QString::number(group.pids.size()),
                           QString::number(group.cpuPercent, 'f', 1) + QStringLiteral(" %"), memory});

@@ -8,9 +8,13 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
+#include <algorithm>
 
 namespace corvel::desktop {
 namespace {
+
+// The fewest tiles a widget offers before the smallest children share one.
+constexpr std::size_t minimumRoom = 256;
 
 QRectF toQt(const TreemapRect& rect) {
     return {rect.x, rect.y, rect.width, rect.height};
@@ -40,17 +44,58 @@ QSize TreemapWidget::sizeHint() const {
 
 void TreemapWidget::setNode(const SpaceNode* node) {
     node_ = node;
+    // Which children are largest is sorted out once per folder, not at every resize.
+    bySize_.clear();
+    childrenBytes_ = 0;
+    if (node_ && node_->children.size() > minimumRoom) {
+        const auto& children = node_->children;
+        bySize_.resize(children.size());
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            bySize_[i] = i;
+            childrenBytes_ += children[i].allocatedBytes;
+        }
+        std::stable_sort(bySize_.begin(), bySize_.end(), [&](std::size_t a, std::size_t b) {
+            return children[a].allocatedBytes > children[b].allocatedBytes;
+        });
+    }
     layOut();
     update();
 }
 
 void TreemapWidget::layOut() {
     tiles_.clear();
+    tileChildren_.clear();
+    smallItems_ = 0;
+    smallBytes_ = 0;
     if (!node_) return;
+    const auto& children = node_->children;
+    // A tile needs a few pixels to say anything: at most one per 8 x 8 pixels, the largest
+    // children; the rest share the last tile, so that a redraw costs what can be seen.
+    const auto pixels =
+        static_cast<std::size_t>(std::max(0, width())) * static_cast<std::size_t>(std::max(0, height()));
+    const std::size_t room = std::max<std::size_t>(pixels / 64, minimumRoom);
+    if (children.size() <= room) {
+        tileChildren_.resize(children.size());
+        for (std::size_t i = 0; i < children.size(); ++i) tileChildren_[i] = i;
+    } else {
+        tileChildren_.assign(bySize_.begin(), bySize_.begin() + static_cast<std::ptrdiff_t>(room));
+        std::sort(tileChildren_.begin(), tileChildren_.end());  // back in the node's order
+        smallItems_ = children.size() - room;
+        smallBytes_ = childrenBytes_;
+    }
     std::vector<double> weights;
-    weights.reserve(node_->children.size());
-    for (const auto& child : node_->children) weights.push_back(static_cast<double>(child.allocatedBytes));
+    weights.reserve(tileChildren_.size() + 1);
+    for (const auto index : tileChildren_) {
+        weights.push_back(static_cast<double>(children[index].allocatedBytes));
+        if (smallItems_ > 0) smallBytes_ -= children[index].allocatedBytes;
+    }
+    if (smallItems_ > 0) weights.push_back(static_cast<double>(std::max<std::int64_t>(smallBytes_, 0)));
     tiles_ = TreemapLayout::squarify(weights, {0, 0, static_cast<double>(width()), static_cast<double>(height())});
+}
+
+const SpaceNode* TreemapWidget::childOf(int tile) const {
+    if (!node_ || tile < 0 || static_cast<std::size_t>(tile) >= tileChildren_.size()) return nullptr;
+    return &node_->children[tileChildren_[static_cast<std::size_t>(tile)]];
 }
 
 void TreemapWidget::resizeEvent(QResizeEvent*) {
@@ -76,7 +121,12 @@ void TreemapWidget::paintEvent(QPaintEvent*) {
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
         const QRectF tile = toQt(tiles_[i]);
         if (tile.width() < 1 || tile.height() < 1) continue;
-        const auto& child = node_->children[i];
+        const auto* shown = childOf(static_cast<int>(i));
+        if (!shown) {  // the smallest children together
+            painter.fillRect(tile, palette().color(QPalette::Mid));
+            continue;
+        }
+        const auto& child = *shown;
         QColor fill = Palette::category(child.classification.category);
         if (child.isAggregate()) fill = fill.lighter(130);
         painter.fillRect(tile, fill);
@@ -95,10 +145,8 @@ void TreemapWidget::paintEvent(QPaintEvent*) {
 }
 
 void TreemapWidget::mouseDoubleClickEvent(QMouseEvent* event) {
-    const int index = tileAt(event->position());
-    if (index < 0) return;
-    const auto& child = node_->children[static_cast<std::size_t>(index)];
-    if (child.isDirectory && !child.children.empty()) Q_EMIT folderActivated(&child);
+    const auto* child = childOf(tileAt(event->position()));
+    if (child && child->isDirectory && !child->children.empty()) Q_EMIT folderActivated(child);
 }
 
 bool TreemapWidget::event(QEvent* event) {
@@ -107,8 +155,14 @@ bool TreemapWidget::event(QEvent* event) {
         const int index = tileAt(help->pos());
         if (index < 0) {
             QToolTip::hideText();
+        } else if (const auto* shown = childOf(index); !shown) {
+            QToolTip::showText(help->globalPos(),
+                               QStringLiteral("%1 smaller items · %2")
+                                   .arg(smallItems_)
+                                   .arg(QString::fromStdString(ByteFormat::string(smallBytes_))),
+                               this);
         } else {
-            const auto& child = node_->children[static_cast<std::size_t>(index)];
+            const auto& child = *shown;
             QToolTip::showText(help->globalPos(),
                                QStringLiteral("%1 · %2 · %3")
                                    .arg(nodeDisplayName(child), sizeText(child),

@@ -1,9 +1,11 @@
 #include "DesktopTests.h"
 #include "widgets/TreemapLayout.h"
+#include "widgets/TreemapWidget.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <string>
 
 Q_DECLARE_METATYPE(corvel::desktop::TreemapRect)
 
@@ -78,6 +80,33 @@ private Q_SLOTS:
         QVERIFY(std::abs(tiles[3].width - bounds.width) < 1e-9 && std::abs(tiles[3].height - bounds.height) < 1e-9);
         for (const auto& tile : TreemapLayout::squarify({3, 4}, {0, 0, 0, 100})) QCOMPARE(tile.area(), 0.0);
         QVERIFY(TreemapLayout::squarify({}, bounds).empty());
+    }
+
+    // A folder of more items than the widget has room for: the largest get tiles in the folder's
+    // order, the rest one shared tile, and together they still fill the widget.
+    void aHugeFolderShowsItsLargestAndSharesTheRest() {
+        SpaceNode folder;
+        for (int i = 0; i < 1000; ++i) {
+            SpaceNode file;
+            file.name = "f" + std::to_string(i);
+            file.allocatedBytes = i == 500 ? 1'000'000 : 1000 + (i * 37) % 900;
+            folder.children.push_back(file);
+            folder.allocatedBytes += file.allocatedBytes;
+        }
+        TreemapWidget map;
+        map.resize(200, 150);  // room for one tile per 8 x 8 pixels: 468
+        map.setNode(&folder);
+        const auto& tiles = map.tiles();
+        QCOMPARE(tiles.size(), std::size_t(469));
+        double covered = 0;
+        for (const auto& tile : tiles) covered += tile.area();
+        QVERIFY(std::abs(covered - 200.0 * 150.0) < 1e-6 * 200 * 150);
+        // The one large file holds about half of the bytes and so about half of the area.
+        const double largest = std::max_element(tiles.begin(), tiles.end() - 1, [](const auto& a, const auto& b) {
+                                   return a.area() < b.area();
+                               })->area();
+        QVERIFY2(largest > 0.4 * covered && largest < 0.6 * covered, qPrintable(QString::number(largest / covered)));
+        QVERIFY(tiles.back().area() > 0);  // the 532 smallest together
     }
 };
 
